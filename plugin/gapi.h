@@ -27,7 +27,8 @@ public:
                                        std::int32_t defaultValue) = 0;
     virtual void SetSettingInt(std::int32_t scope, const char* key, std::int32_t value) = 0;
     virtual void ShowHelp(const char* topic, std::int32_t zero, void* messageArgument) = 0;
-    virtual void LocalizeDialog(std::uint64_t table, q5_HWND dialog, std::intptr_t initArgument) = 0;
+    virtual void LocalizeDialog(std::uint64_t table, q5_HWND dialog,
+                                std::intptr_t initArgument) = 0;
     virtual q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND parent, std::int32_t zero) = 0;
 
 protected:

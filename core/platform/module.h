@@ -20,7 +20,8 @@ bool IsLibraryLoaded(const char* fileName);
 q5_HINSTANCE OwnModule();
 
 // Loads a library with the activation context made from `contextModule`'s manifest
-// (resource 2) active; without a usable context the load proceeds plainly.
+// (resource 2) active; without a usable context the load proceeds plainly. The context is
+// made once per process, from the first module asked for.
 q5_HINSTANCE LoadLibraryWithModuleContext(const char* path, q5_HINSTANCE contextModule);
 
 struct ResourceView {
@@ -29,7 +30,9 @@ struct ResourceView {
     explicit operator bool() const { return data != nullptr; }
 };
 
-// Finds resource (type, name) of a module; a null module means the program itself.
+// Finds resource (type, name) of a module; a null module means the program itself. Type and
+// name match without regard to case; on Windows "#<number>" addresses an integer id, so
+// ("#5", "#106") is dialog 106. Not found: an empty view.
 ResourceView FindResource(q5_HINSTANCE module, const char* type, const char* name);
 
 } // namespace q5plat

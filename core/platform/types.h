@@ -23,6 +23,12 @@ using q5_HWND = void*;      // a window (POSIX: a host-owned pixel surface)
 using q5_HDC = void*;       // a device context
 using q5_HBITMAP = void*;   // a bitmap section
 
+// A file time: 100-nanosecond intervals since 1601-01-01 UTC, in two 32-bit halves.
+struct q5_FILETIME {
+    std::uint32_t dwLowDateTime;
+    std::uint32_t dwHighDateTime;
+};
+
 // Marks a symbol that the module exports to hosts.
 #if defined(_WIN32)
 #define Q5_MODULE_EXPORT __declspec(dllexport)

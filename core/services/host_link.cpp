@@ -5,5 +5,9 @@ namespace {
 q5_GAPI* g_host = nullptr;
 }
 
-q5_GAPI* q5GetHostAPI() { return g_host; }
-void q5SetHostAPI(q5_GAPI* host) { g_host = host; }
+q5_GAPI* q5GetHostAPI() {
+    return g_host;
+}
+void q5SetHostAPI(q5_GAPI* host) {
+    g_host = host;
+}

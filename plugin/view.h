@@ -1,0 +1,39 @@
+// The host's view object, render settings and render context as the driver reads them.
+#pragma once
+
+#include "core/platform/types.h"
+
+// Settings of the current render, owned by the host's view. The driver only reads the
+// values named by the driver queries (see DRIVER3D's callbacks) and the flags below.
+struct q5_RENDERSETTINGS {
+    std::uint32_t flags = 0;      // kFlagDepthFade and host bits
+    std::int32_t intKind1 = 4096; // answered for integer query kind 1
+    std::uint8_t byteKind4 = 32;  // answered for integer query kind 4
+    bool flagKind2 = true;        // answered for flag query kind 2
+    bool flagKind8 = false;       // answered for flag query kind 8
+    bool flagKind9 = false;       // answered for flag query kind 9
+    std::uint8_t flag1002 = 0;    // SetParam / GetParam id 1002
+
+    static constexpr std::uint32_t kFlagDepthFade = 0x1000;
+};
+
+// The host's camera view: clipping, projection and the render's look.
+class q5_VIEW {
+public:
+    // Null when the view has no settings for the current render.
+    virtual q5_RENDERSETTINGS* RenderSettings() = 0;
+    // The integer the view keeps for integer query kind 3.
+    virtual std::int32_t DriverQueryValue() = 0;
+    // The driver is being dropped by RemoveDriver.
+    virtual void OnDriverDetached(std::int32_t a, std::int32_t b) = 0;
+    // "Use second processor" changed while this driver was attached.
+    virtual void OnDriverSettingsChanged() = 0;
+
+protected:
+    ~q5_VIEW() = default;
+};
+
+// The host's render context handed to Attach.
+struct q5_RENDERCONTEXT {
+    q5_VIEW* view = nullptr;
+};

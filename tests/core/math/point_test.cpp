@@ -1,0 +1,147 @@
+// Point operations and the quantised normal encoding.
+#include "math_testing.h"
+
+#include <limits>
+
+TEST(PointNormalize, ZeroVectorBecomesPlusZ) {
+    POINT3D f(0, 0, 0);
+    f.Normalize();
+    EXPECT_POINT_NEAR(f, 0, 0, 1, 0);
+    _point3d d(0, 0, 0);
+    d.Normalize();
+    EXPECT_POINT_NEAR(d, 0, 0, 1, 0);
+}
+
+TEST(PointNormalize, ScalesToUnitLength) {
+    POINT3D f(0, 3, 0);
+    f.Normalize();
+    EXPECT_POINT_NEAR(f, 0, 1, 0, 0);
+    _point3d d(3, 0, -4);
+    d.Normalize();
+    EXPECT_POINT_NEAR(d, 0.6, 0, -0.8, kDoubleTol);
+}
+
+TEST(PointRound, RoundsHalvesAwayFromZero) {
+    POINT3D p(1.25f, -1.25f, 0.2f);
+    p.Round(0.5f);
+    EXPECT_POINT_NEAR(p, 1.5, -1.5, 0, 0);
+    _point3d d(2.5, -2.5, 0.74);
+    d.Round(1);
+    EXPECT_POINT_NEAR(d, 3, -3, 1, 0);
+}
+
+TEST(PointRound, StepNotAboveZeroChangesNothing) {
+    POINT3D p(1.25f, -1.25f, 0.2f);
+    p.Round(0);
+    p.Round(-1);
+    EXPECT_POINT_NEAR(p, 1.25f, -1.25f, 0.2f, 0);
+}
+
+TEST(PointLimit, ClampsEachComponent) {
+    POINT3D p(-2, 0.5f, 3);
+    p.Limit(0, 1);
+    EXPECT_POINT_NEAR(p, 0, 0.5, 1, 0);
+}
+
+TEST(PointLimit, InvertedBoundsTestMinimumFirst) {
+    _point3d d(-2, 0.5, 3);
+    d.Limit(1, 0);
+    EXPECT_POINT_NEAR(d, 1, 1, 0, 0);
+}
+
+TEST(PointLimit, NanStaysNan) {
+    POINT3D p(std::numeric_limits<float>::quiet_NaN(), 5, -5);
+    p.Limit(-1, 1);
+    EXPECT_TRUE(std::isnan(p.x));
+    EXPECT_POINT_NEAR(POINT3D(0, p.y, p.z), 0, 1, -1, 0);
+}
+
+TEST(PointAbs, NegatesOnlyNegativeComponents) {
+    POINT3D p(-1, -0.0f, 2);
+    p.ABS();
+    EXPECT_POINT_NEAR(p, 1, 0, 2, 0);
+    EXPECT_TRUE(std::signbit(p.y)); // -0 is not below 0
+}
+
+TEST(PointSwap, ReordersByMode) {
+    const float expected[7][3] = {{1, 2, 3}, {1, 3, 2}, {2, 1, 3}, {2, 3, 1},
+                                  {3, 1, 2}, {3, 2, 1}, {1, 2, 3}};
+    for (int mode = 0; mode <= 6; ++mode) {
+        POINT3D p(1, 2, 3);
+        p.Swap(mode);
+        EXPECT_POINT_NEAR(p, expected[mode][0], expected[mode][1], expected[mode][2], 0)
+            << "mode " << mode;
+    }
+}
+
+// With 1000 steps: pi/2 snaps to 1.5708 and gives index 500 of the polar angle, 250 of the
+// azimuth; pi snaps to 3.1416, polar index 1000, azimuth index 500; 3pi/2 snaps to 4.7124,
+// azimuth index 750.
+TEST(PointEncodeNormal, PolesAndAxes) {
+    EXPECT_EQ(POINT3D(0, 0, 1).EncodeNormal(1000), 0u);
+    EXPECT_EQ(POINT3D(0, 0, 5).EncodeNormal(1000), 0u);
+    EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(1000), 1000u << 16);
+    EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(65535), 65535u << 16);
+    EXPECT_EQ(POINT3D(1, 0, 0).EncodeNormal(1000), 500u << 16);
+    EXPECT_EQ(POINT3D(2, 0, 0).EncodeNormal(1000), 500u << 16);
+    EXPECT_EQ(POINT3D(0, 1, 0).EncodeNormal(1000), 250u | 500u << 16);
+    EXPECT_EQ(POINT3D(-1, 0, 0).EncodeNormal(1000), 500u | 500u << 16);
+    EXPECT_EQ(POINT3D(0, -1, 0).EncodeNormal(1000), 750u | 500u << 16);
+}
+
+// Just below a full turn the azimuth snaps to 6.2832, past 2pi, and folds back to index 0.
+TEST(PointEncodeNormal, AzimuthSnappedPastFullTurnFoldsToZero) {
+    EXPECT_EQ(POINT3D(1, -1e-9f, 0).EncodeNormal(1000), 500u << 16);
+}
+
+TEST(PointEncodeNormal, IndicesKeepLow16Bits) {
+    // Polar index 70000 for the -z pole.
+    EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(70000), (70000u & 0xFFFF) << 16);
+}
+
+TEST(PointEncodeNormal, NanVectorGivesZero) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(POINT3D(nan, nan, nan).EncodeNormal(1000), 0u);
+}
+
+TEST(PointDecodeNormal, AxesFromIndices) {
+    POINT3D p;
+    p.DecodeNormal(500u << 16, 1000);
+    EXPECT_POINT_NEAR(p, 1, 0, 0, kFloatTol);
+    p.DecodeNormal(250u | 500u << 16, 1000);
+    EXPECT_POINT_NEAR(p, 0, 1, 0, kFloatTol);
+    p.DecodeNormal(1000u << 16, 1000);
+    EXPECT_POINT_NEAR(p, 0, 0, -1, kFloatTol);
+}
+
+TEST(PointDecodeNormal, ZeroStepsGiveNonFiniteComponents) {
+    POINT3D p(1, 2, 3);
+    p.DecodeNormal(5 | 7 << 16, 0);
+    EXPECT_FALSE(std::isfinite(p.x));
+    EXPECT_FALSE(std::isfinite(p.z));
+}
+
+// Half a step in each angle plus the 0.1 mrad snap bound the angle between the two.
+TEST(PointDecodeNormal, RoundTripStaysWithinHalfAStep) {
+    constexpr unsigned kSteps = 65535;
+    const double bound = std::sqrt(2.0) * (kPi / kSteps + 0.00005) + kFloatTol;
+    TestRandom rng(11);
+    for (int i = 0; i < 2000; ++i) {
+        const POINT3D v = rng.Direction();
+        POINT3D back;
+        back.DecodeNormal(v.EncodeNormal(kSteps), kSteps);
+        EXPECT_NEAR(back.Length(), 1, kFloatTol);
+        // The angle from its sine and cosine: acos alone loses it near 0 to float rounding.
+        const _point3d a(v.x, v.y, v.z), b(back.x, back.y, back.z);
+        const _point3d c(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+        EXPECT_LE(std::atan2(c.Length(), a.x * b.x + a.y * b.y + a.z * b.z), bound)
+            << v.x << ' ' << v.y << ' ' << v.z;
+    }
+}
+
+TEST(PointFromQuat, GivesEulerAnglesOfTheRotation) {
+    MATRIX3D m;
+    m.SetRotate(POINT3D(0.5f, -0.25f, 1.0f));
+    const POINT3D e{QUAT(m)};
+    EXPECT_POINT_NEAR(e, 0.5, -0.25, 1.0, kFloatChainTol);
+}

@@ -1,0 +1,154 @@
+// Planar angle, look-at frames, direction-and-roll cameras and direction alignment.
+#include "math_testing.h"
+
+namespace {
+
+_point3d Row(const MATRIX3D& m, int i) {
+    return _point3d(m.m[i][0], m.m[i][1], m.m[i][2]);
+}
+
+double Dot(const _point3d& a, const POINT3D& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+POINT3D Minus(const POINT3D& a, const POINT3D& b) {
+    return POINT3D(a.x - b.x, a.y - b.y, a.z - b.z);
+}
+
+} // namespace
+
+TEST(AngleByXY, QuadrantsAndAxes) {
+    EXPECT_EQ(GetAngleByXY(0, 0), 0);
+    EXPECT_EQ(GetAngleByXY(0, 2), kPi / 2);
+    EXPECT_EQ(GetAngleByXY(0, -1), -kPi / 2);
+    EXPECT_EQ(GetAngleByXY(1, 0), 0);
+    EXPECT_TRUE(std::signbit(GetAngleByXY(1, 0)));
+    EXPECT_EQ(GetAngleByXY(-1, 0), kPi);
+    EXPECT_NEAR(GetAngleByXY(1, 1), kPi / 4, kDoubleTol);
+    EXPECT_NEAR(GetAngleByXY(-1, 1), 3 * kPi / 4, kDoubleTol);
+    EXPECT_NEAR(GetAngleByXY(-1, -1), 5 * kPi / 4, kDoubleTol);
+    EXPECT_NEAR(GetAngleByXY(2, -2), -kPi / 4, kDoubleTol);
+}
+
+TEST(FromUpDir, CoincidentPointsLookDownMinusZ) {
+    POINT3D from(1, 2, 3), to(1, 2, 3), up(1, 2, 3);
+    MATRIX3D out, unused;
+    unused._FromUpDir(out, from, to, up);
+    EXPECT_POINT_NEAR(Row(out, 2), 0, 0, -1, kFloatTol);
+    EXPECT_POINT_NEAR(Row(out, 0), -1, 0, 0, kFloatTol);
+    EXPECT_POINT_NEAR(Row(out, 1), 0, 1, 0, kFloatTol);
+}
+
+TEST(FromUpDir, RollPassOnlyWhenUpDiffersFromFrom) {
+    POINT3D from(0, 0, 0), to(0, 0, 5), up(0, 0, 0);
+    MATRIX3D out;
+    out._FromUpDir(out, from, to, up);
+    EXPECT_TRUE(out.IsIdentity(0));
+
+    POINT3D side(1, 0, 0);
+    out._FromUpDir(out, from, to, side);
+    EXPECT_POINT_NEAR(out.PointTransform(side), 0, 1, 0, kFloatTol);
+}
+
+TEST(FromUpDir, DirectionToPlusZAndUpToPlusY) {
+    TestRandom rng(31);
+    for (int i = 0; i < 200; ++i) {
+        POINT3D from(0, 0, 0), to = rng.Direction(), up = rng.Direction();
+        if (std::fabs(Dot(_point3d(to.x, to.y, to.z), up)) > 0.95) continue;
+        MATRIX3D out;
+        out._FromUpDir(out, from, to, up);
+        EXPECT_POINT_NEAR(out.VectorTransform(to), 0, 0, 1, kFloatChainTol);
+        const POINT3D u = out.VectorTransform(up);
+        EXPECT_NEAR(u.x, 0, kFloatChainTol);
+        EXPECT_GT(u.y, 0);
+    }
+}
+
+TEST(SetView, PlacesTheEyeAndLooksAtTheTarget) {
+    TestRandom rng(32);
+    for (int i = 0; i < 200; ++i) {
+        POINT3D eye(static_cast<float>(rng.Uniform(-5, 5)), static_cast<float>(rng.Uniform(-5, 5)),
+                    static_cast<float>(rng.Uniform(-5, 5)));
+        const POINT3D dir = rng.Direction(), upDir = rng.Direction();
+        if (std::fabs(Dot(_point3d(dir.x, dir.y, dir.z), upDir)) > 0.95) continue;
+        POINT3D target(eye.x + 3 * dir.x, eye.y + 3 * dir.y, eye.z + 3 * dir.z);
+        POINT3D up(eye.x + upDir.x, eye.y + upDir.y, eye.z + upDir.z);
+        MATRIX3D v;
+        v.SetView(eye, target, up);
+        EXPECT_POINT_NEAR(v.PointTransform(POINT3D(0, 0, 0)), eye.x, eye.y, eye.z, kFloatChainTol);
+        EXPECT_POINT_NEAR(v.PointTransform(POINT3D(0, 0, 3)), target.x, target.y, target.z, 1e-4);
+        const POINT3D upOffset = Minus(up, eye);
+        EXPECT_NEAR(Dot(Row(v, 0), upOffset), 0, 1e-4);
+        EXPECT_GT(Dot(Row(v, 1), upOffset), 0);
+    }
+}
+
+TEST(SetView, UpAtTheEyeMakesNoRollPass) {
+    POINT3D eye(1, 2, 3), target(1, 2, 4), up(1, 2, 3);
+    MATRIX3D v;
+    v.SetView(eye, target, up);
+    MATRIX3D expected;
+    expected.SetTranslate(eye);
+    EXPECT_TRUE(v.Equal(expected, 0));
+}
+
+TEST(Set3DSCamera, FrameRowsForAxisDirections) {
+    POINT3D x(2, 0, 0);
+    MATRIX3D m;
+    m.Set3DSCamera(x, 0);
+    EXPECT_POINT_NEAR(Row(m, 0), 0, 1, 0, kFloatTol);
+    EXPECT_POINT_NEAR(Row(m, 1), 0, 0, 1, kFloatTol);
+    EXPECT_POINT_NEAR(Row(m, 2), 1, 0, 0, kFloatTol);
+    EXPECT_POINT_NEAR(x, 2, 0, 0, 0);
+
+    // Along z the auxiliary vector is zero and the frame degenerates.
+    POINT3D z(0, 0, 1);
+    m.Set3DSCamera(z, 0);
+    EXPECT_POINT_NEAR(Row(m, 0), 0, 0, 1, 0);
+    EXPECT_POINT_NEAR(Row(m, 1), 0, 0, -1, 0);
+    EXPECT_POINT_NEAR(Row(m, 2), 0, 0, 1, 0);
+}
+
+TEST(Set3DSCamera, RollTurnsAboutTheViewingAxisFirst) {
+    POINT3D x(1, 0, 0);
+    MATRIX3D m;
+    m.Set3DSCamera(x, static_cast<float>(kPi / 2));
+    EXPECT_POINT_NEAR(Row(m, 0), 0, 0, 1, kFloatTol);
+    EXPECT_POINT_NEAR(Row(m, 1), 0, -1, 0, kFloatTol);
+    EXPECT_POINT_NEAR(Row(m, 2), 1, 0, 0, kFloatTol);
+}
+
+TEST(SetAlignVectors, ParallelAndOppositeDirections) {
+    MATRIX3D m;
+    m.SetAlignVectors(POINT3D(1, 0, 0), POINT3D(3, 0, 0));
+    EXPECT_TRUE(m.IsIdentity(0));
+    m.SetAlignVectors(POINT3D(0, 0, 0), POINT3D(0, 0, 0));
+    EXPECT_TRUE(m.IsIdentity(0));
+
+    m.SetAlignVectors(POINT3D(1, 0, 0), POINT3D(-1, 0, 0));
+    EXPECT_TRUE(MatrixNear(
+        m, RowsMatrix({{-1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}), kFloatTol));
+
+    // The half-turn axis (from.y, from.z, from.x) is not perpendicular to this from: it turns
+    // (0, r, r) to (r, 0, -r), not to its opposite.
+    const double r = std::sqrt(0.5);
+    m.SetAlignVectors(POINT3D(0, 1, 1), POINT3D(0, -1, -1));
+    EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, r, r)), r, 0, -r, kFloatTol);
+}
+
+TEST(SetAlignVectors, QuarterTurnMatchesSingleAxisTurn) {
+    MATRIX3D m, z;
+    m.SetAlignVectors(POINT3D(1, 0, 0), POINT3D(0, 1, 0));
+    z.SetRotateZ(kPi / 2);
+    EXPECT_TRUE(MatrixNear(m, z, kFloatTol));
+}
+
+TEST(SetAlignVectors, TurnsFromOntoTo) {
+    TestRandom rng(33);
+    for (int i = 0; i < 200; ++i) {
+        const POINT3D from = rng.Direction(), to = rng.Direction();
+        MATRIX3D m;
+        m.SetAlignVectors(POINT3D(2 * from.x, 2 * from.y, 2 * from.z), to);
+        EXPECT_POINT_NEAR(m.PointTransform(from), to.x, to.y, to.z, 1e-4);
+    }
+}

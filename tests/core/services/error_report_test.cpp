@@ -1,0 +1,66 @@
+// Error reports go to the host as level-1 messages, or nowhere before the host is known.
+#include "core/services/error_report.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/recording_host.h"
+
+TEST(CoreAssert, NullTextReadsNoComment) {
+    RecordingHost host;
+    ScopedHostAPI current(&host);
+    CoreAssert(nullptr);
+    ASSERT_EQ(host.narrowReports.size(), 1u);
+    EXPECT_EQ(host.narrowReports[0].level, 1);
+    EXPECT_EQ(host.narrowReports[0].text, "Assertion failed no comment");
+}
+
+TEST(CoreAssert, TextFollowsThePrefix) {
+    RecordingHost host;
+    ScopedHostAPI current(&host);
+    CoreAssert("write <= read");
+    ASSERT_EQ(host.narrowReports.size(), 1u);
+    EXPECT_EQ(host.narrowReports[0].text, "Assertion failed write <= read");
+}
+
+TEST(CoreError, NarrowAndWideReportsKeepTheirOwnChannel) {
+    RecordingHost host;
+    ScopedHostAPI current(&host);
+    CoreErrorA("To many items[%d] in collection", 70000);
+    CoreErrorW(u"%hs: %s (%d)", "scene.bin", u"damaged chunk", 3);
+    ASSERT_EQ(host.narrowReports.size(), 1u);
+    EXPECT_EQ(host.narrowReports[0].level, 1);
+    EXPECT_EQ(host.narrowReports[0].text, "To many items[70000] in collection");
+    ASSERT_EQ(host.wideReports.size(), 1u);
+    EXPECT_EQ(host.wideReports[0].level, 1);
+    EXPECT_EQ(host.wideReports[0].text, u"scene.bin: damaged chunk (3)");
+}
+
+TEST(CoreError, MessagesStopAt511Characters) {
+    RecordingHost host;
+    ScopedHostAPI current(&host);
+    const std::u16string wide(600, u'w');
+    CoreErrorW(u"%s", wide.c_str());
+    const std::string narrow(600, 'n');
+    CoreErrorA("%s", narrow.c_str());
+    ASSERT_EQ(host.wideReports.size(), 1u);
+    EXPECT_EQ(host.wideReports[0].text, std::u16string(511, u'w'));
+    ASSERT_EQ(host.narrowReports.size(), 1u);
+    EXPECT_EQ(host.narrowReports[0].text, std::string(511, 'n'));
+}
+
+TEST(CoreError, ReportsBeforeTheHostAreDroppedNotQueued) {
+    RecordingHost host;
+    {
+        ScopedHostAPI none(nullptr);
+        CoreAssert("early");
+        CoreErrorA("early %d", 1);
+        CoreErrorW(u"early %d", 2);
+    }
+    ScopedHostAPI current(&host);
+    CoreErrorA("late");
+    ASSERT_EQ(host.narrowReports.size(), 1u);
+    EXPECT_EQ(host.narrowReports[0].text, "late");
+    EXPECT_TRUE(host.wideReports.empty());
+}

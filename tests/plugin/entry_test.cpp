@@ -1,0 +1,163 @@
+// The module seen through Q5DLLFunc only, with a recording host API object.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "support/module_loader.h"
+#include "support/recording_host.h"
+
+namespace {
+
+std::uint64_t Send(std::uint64_t message, std::int64_t a = 0, std::uint64_t b = 0,
+                   std::uint64_t c = 0) {
+    return LoadedModule::Get().entry(message, a, b, c);
+}
+
+template <typename T> std::int64_t Arg(T* pointer) {
+    return reinterpret_cast<std::int64_t>(pointer);
+}
+
+// Calls slot `n` (1-based) of a module object's table, the way a host built elsewhere does.
+template <typename R, typename... A> R CallSlot(void* object, int n, A... args) {
+    void** table = *static_cast<void***>(object);
+    return reinterpret_cast<R (*)(void*, A...)>(table[n - 1])(object, args...);
+}
+
+// Must stay the first test of the program: under Wine every test shares one process.
+TEST(ModuleBeforeInit, AnswersVersionsButNotDescriptionOrCreation) {
+    ASSERT_NE(LoadedModule::Get().entry, nullptr) << "Q5DLLFunc is not exported unmangled";
+    EXPECT_EQ(Send(PLUGIN_MSG_INTERFACE_VERSION), 145u);
+    q5_WCHAR buffer[16] = {};
+    EXPECT_EQ(Send(PLUGIN_MSG_VERSION, Arg(buffer), 0, 0), 1u);
+    EXPECT_EQ(std::u16string(buffer), u"9.0.0");
+    EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, Arg(buffer), 0, 16), 0u);
+    EXPECT_EQ(Send(PLUGIN_MSG_CREATE, Arg("Tessera K (Z Buffer)")), 0u);
+}
+
+class Module : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_NE(LoadedModule::Get().entry, nullptr);
+        host.strings = {{1, u"Software Z-Buffer video driver"}, {9, u"Software Z-Buffer"}};
+        host.stringTableHandle = 77;
+        ASSERT_EQ(Send(PLUGIN_MSG_INIT, Arg(&host),
+                       reinterpret_cast<std::uint64_t>(LoadedModule::Get().handle)),
+                  5u);
+    }
+    void TearDown() override { Send(PLUGIN_MSG_SHUTDOWN); }
+
+    void* Create(const char* name) {
+        return reinterpret_cast<void*>(Send(PLUGIN_MSG_CREATE, Arg(name)));
+    }
+
+    RecordingHost host;
+};
+
+TEST_F(Module, InitOpensTableAndRegistersDriver) {
+    ASSERT_EQ(host.openedTables.size(), 1u);
+    EXPECT_EQ(host.openedTables[0], LoadedModule::Get().handle);
+    ASSERT_GE(host.stringRequests.size(), 1u);
+    EXPECT_EQ(host.stringRequests[0].table, 77u);
+    EXPECT_EQ(host.stringRequests[0].id, 9);
+    ASSERT_EQ(host.registrations.size(), 1u);
+    EXPECT_EQ(host.registrations[0].module, LoadedModule::Get().handle);
+    EXPECT_EQ(host.registrations[0].name, "Tessera K (Z Buffer)");
+    EXPECT_EQ(host.registrations[0].flags, 272u);
+    EXPECT_EQ(host.registrations[0].displayName, u"Software Z-Buffer");
+    EXPECT_TRUE(host.narrowReports.empty());
+    EXPECT_TRUE(host.wideReports.empty());
+}
+
+TEST_F(Module, VersionAndDescriptionFollowTheCopyRule) {
+    q5_WCHAR buffer[40];
+    std::memset(buffer, 0x7f, sizeof buffer);
+    EXPECT_EQ(Send(PLUGIN_MSG_VERSION, Arg(buffer), 0, 3), 1u);
+    EXPECT_EQ(buffer[0], u'9');
+    EXPECT_EQ(buffer[1], u'.');
+    EXPECT_EQ(buffer[2], 0);
+    EXPECT_EQ(buffer[3], 0x7f7f) << "nothing written past the capacity";
+
+    EXPECT_EQ(Send(PLUGIN_MSG_VERSION, Arg(buffer), 0, 1), 1u);
+    EXPECT_EQ(buffer[0], 0);
+
+    EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, Arg(buffer), 0, 0), 1u);
+    EXPECT_EQ(std::u16string(buffer), u"Software Z-Buffer video driver");
+    EXPECT_EQ(host.stringRequests.back().table, 77u);
+    EXPECT_EQ(host.stringRequests.back().id, 1);
+
+    EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, Arg(buffer), 0, 9), 1u);
+    EXPECT_EQ(std::u16string(buffer), u"Software");
+}
+
+TEST_F(Module, NullBuffersAndUnknownMessagesAnswerZero) {
+    EXPECT_EQ(Send(PLUGIN_MSG_VERSION, 0, 0, 10), 0u);
+    EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, 0, 0, 0), 0u);
+    EXPECT_EQ(Send(PLUGIN_MSG_CREATE, 0), 0u);
+    EXPECT_EQ(Send(0), 0u);
+    EXPECT_EQ(Send(0x1003, 1, 2, 3), 0u);
+    EXPECT_EQ(Send(~std::uint64_t{0}, -1, ~std::uint64_t{0}, ~std::uint64_t{0}), 0u);
+    EXPECT_EQ(Send(PLUGIN_MSG_INTERFACE_VERSION), 145u);
+}
+
+TEST_F(Module, CreatesOnlyForItsOwnNameInAnyCase) {
+    for (const char* name :
+         {"Tessera K (Z Buffer)", "tessera k (z buffer)", "TESSERA K (Z BUFFER)"}) {
+        void* driver = Create(name);
+        ASSERT_NE(driver, nullptr) << name;
+        EXPECT_EQ(CallSlot<std::uint32_t>(driver, 3), 0u) << "a new driver holds one reference";
+    }
+    EXPECT_EQ(Create("Tessera K (Z Buffer) "), nullptr);
+    EXPECT_EQ(Create("Tessera K (Z Buffe"), nullptr);
+    EXPECT_EQ(Create(""), nullptr);
+    EXPECT_EQ(Create("IZB"), nullptr);
+}
+
+TEST_F(Module, DriverAnswersIdentityAndCountsReferencesThroughItsTable) {
+    void* driver = Create("Tessera K (Z Buffer)");
+    ASSERT_NE(driver, nullptr);
+    EXPECT_STREQ(CallSlot<const char*>(driver, 4), "Tessera K (Z Buffer)");
+    EXPECT_EQ(CallSlot<std::int32_t>(driver, 5), 145);
+    EXPECT_TRUE(CallSlot<bool>(driver, 6, "Q5_EXTENSION"));
+    EXPECT_FALSE(CallSlot<bool>(driver, 6, static_cast<const char*>(nullptr)));
+    EXPECT_FALSE(CallSlot<bool>(driver, 6, "q5_driver"));
+    EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 18), 316);
+    EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 19), 1200);
+    EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 20), 576);
+    EXPECT_EQ(CallSlot<std::int32_t>(driver, 35), -8);
+    EXPECT_EQ(CallSlot<std::uint32_t>(driver, 2), 2u);
+    EXPECT_EQ(CallSlot<std::uint32_t>(driver, 2), 3u);
+    EXPECT_EQ(CallSlot<std::uint32_t>(driver, 3), 2u);
+    EXPECT_EQ(CallSlot<std::uint32_t>(driver, 3), 1u);
+    EXPECT_EQ(CallSlot<std::uint32_t>(driver, 3), 0u);
+}
+
+TEST_F(Module, DriverReadsItsSettingsAtCreation) {
+    host.settings[{0, "Render\\ZB\\Refine"}] = 0;
+    void* driver = Create("Tessera K (Z Buffer)");
+    ASSERT_NE(driver, nullptr);
+    ASSERT_EQ(host.settingReads.size(), 2u);
+    EXPECT_EQ(host.settingReads[0].key, "Render\\ZB\\Use2Thread");
+    EXPECT_EQ(host.settingReads[0].value, 1);
+    EXPECT_EQ(host.settingReads[1].key, "Render\\ZB\\Refine");
+    EXPECT_EQ(host.settingReads[1].value, 1);
+    EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 15), 1) << "use two threads";
+    EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 16), 0) << "refine";
+    CallSlot<std::uint32_t>(driver, 3);
+}
+
+TEST_F(Module, DriverStringsComeFromThePluginTable) {
+    host.strings[7] = u"Software Z-Buffer";
+    host.strings[8] = u"Corvane Systems, Inc";
+    void* driver = Create("Tessera K (Z Buffer)");
+    ASSERT_NE(driver, nullptr);
+    q5_WCHAR buffer[64] = {u'x'};
+    EXPECT_TRUE(CallSlot<bool>(driver, 15, buffer, 2));
+    EXPECT_EQ(std::u16string(buffer), u"Corvane Systems, Inc");
+    EXPECT_EQ(host.stringRequests.back().table, 77u);
+    EXPECT_TRUE(CallSlot<bool>(driver, 15, buffer, 3));
+    EXPECT_EQ(std::u16string(buffer), u"") << "other kinds leave the buffer empty";
+    CallSlot<std::uint32_t>(driver, 3);
+}
+
+} // namespace

@@ -1,0 +1,21 @@
+// A host view for tests: render settings a test controls, and a log of notifications.
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "plugin/view.h"
+
+class RecordingView final : public q5_VIEW {
+public:
+    q5_RENDERSETTINGS settings;
+    bool hasSettings = true;
+    std::int32_t queryValue = 0;
+    std::vector<std::pair<std::int32_t, std::int32_t>> detached;
+    int settingsChanged = 0;
+
+    q5_RENDERSETTINGS* RenderSettings() override { return hasSettings ? &settings : nullptr; }
+    std::int32_t DriverQueryValue() override { return queryValue; }
+    void OnDriverDetached(std::int32_t a, std::int32_t b) override { detached.emplace_back(a, b); }
+    void OnDriverSettingsChanged() override { ++settingsChanged; }
+};

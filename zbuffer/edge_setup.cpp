@@ -1,0 +1,106 @@
+// Edge building, ordering and the bottom-scanline rule of the scanline rasterizer.
+#include "zbuffer/edge_setup.h"
+
+#include <algorithm>
+#include <cmath>
+
+int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
+    ScreenVertex** vertices = rc.vertexList;
+    const int n = rc.vertexCount;
+    if (rc.doubleResolution) {
+        for (int i = 0; i < n; ++i) {
+            vertices[i]->x *= 2;
+            vertices[i]->y *= 2;
+        }
+    }
+    int count = 0;
+    for (int i = 0; i < n; ++i) {
+        const ScreenVertex* a = vertices[i];
+        const ScreenVertex* b = vertices[i + 1 < n ? i + 1 : 0];
+        if (a->y == b->y) continue;
+        if (a->y > b->y) std::swap(a, b);
+        const std::int32_t scanlines = ScanlineOf(b->y) - ScanlineOf(a->y);
+        if (scanlines == 0) continue;
+        EdgeRecord& e = edges[count++];
+        e = EdgeRecord{};
+        e.top = a;
+        e.bottom = b;
+        e.scanlines = scanlines;
+        e.x = static_cast<std::int32_t>(static_cast<std::uint32_t>(a->x) << kEdgeFromSubpixel);
+        e.xStep = static_cast<std::int32_t>(static_cast<std::uint32_t>(b->x - a->x)
+                                            << kEdgeFromSubpixel) /
+                  scanlines;
+        e.z = a->z + rc.depthBias;
+        e.zStep = (b->z - a->z) / scanlines;
+        e.zStepRemainder = (b->z - a->z) % scanlines;
+    }
+    return count;
+}
+
+void SetupEdgeColours(EdgeRecord* edges, int count, std::uint32_t multiplier) {
+    auto fixed = [multiplier](std::uint8_t c) { return (c * multiplier) << kEdgeFracBits; };
+    auto step = [](std::uint32_t from, std::uint32_t to, std::int32_t scanlines) {
+        return static_cast<std::int32_t>(to - from) / scanlines;
+    };
+    for (int i = 0; i < count; ++i) {
+        EdgeRecord& e = edges[i];
+        e.r = fixed(e.top->red);
+        e.g = fixed(e.top->green);
+        e.b = fixed(e.top->blue);
+        e.rStep = step(e.r, fixed(e.bottom->red), e.scanlines);
+        e.gStep = step(e.g, fixed(e.bottom->green), e.scanlines);
+        e.bStep = step(e.b, fixed(e.bottom->blue), e.scanlines);
+    }
+}
+
+std::int32_t TexelPosition(float coordinate, std::int32_t size) {
+    const double p = std::trunc(static_cast<double>(coordinate) * kTexelOne * size);
+    if (p > kTexelPositionLimit) return kTexelPositionLimit;
+    // Below the shift of the textured dispatch nothing is negative; this only keeps a wild
+    // value (or NaN) from overflowing the conversion.
+    if (!(p >= -kTexelPositionLimit)) return -kTexelPositionLimit;
+    return static_cast<std::int32_t>(p);
+}
+
+void SetupEdgeTexture(const RasterContext& rc, EdgeRecord* edges, int count) {
+    for (int i = 0; i < count; ++i) {
+        EdgeRecord& e = edges[i];
+        e.u = TexelPosition(e.top->u, rc.texWidth);
+        e.v = TexelPosition(e.top->v, rc.texHeight);
+        e.uStep = (TexelPosition(e.bottom->u, rc.texWidth) - e.u) / e.scanlines;
+        e.vStep = (TexelPosition(e.bottom->v, rc.texHeight) - e.v) / e.scanlines;
+    }
+}
+
+EdgeRecord* SortEdges(EdgeRecord* edges, int count) {
+    EdgeRecord* head = &edges[0];
+    head->next = nullptr;
+    for (int i = 1; i < count; ++i) {
+        EdgeRecord* e = &edges[i];
+        EdgeRecord** link = &head;
+        while (*link && (*link)->top->y < e->top->y) link = &(*link)->next;
+        e->next = *link;
+        *link = e;
+    }
+    return head;
+}
+
+std::int32_t LastScanline(const RasterContext& rc, const EdgeRecord* head, int vertexCount,
+                          int edgeCount) {
+    const bool twoEdgeTriangle = vertexCount == 3 && edgeCount == 2;
+    if (!twoEdgeTriangle && vertexCount != 4) return rc.clipMaxY;
+
+    // Follow both chains the way the scanline walk hands out edges: whichever edge ends
+    // first takes the next one of the list.
+    const EdgeRecord* a = head;
+    const EdgeRecord* b = head->next;
+    for (const EdgeRecord* next = b->next; next; next = next->next) {
+        if (ScanlineOf(a->bottom->y) <= ScanlineOf(b->bottom->y))
+            a = next;
+        else
+            b = next;
+    }
+    const std::int32_t bottom = ScanlineOf(a->bottom->y);
+    if (bottom == ScanlineOf(b->bottom->y) && bottom <= rc.clipMaxY) return bottom - 1;
+    return rc.clipMaxY;
+}

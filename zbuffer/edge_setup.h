@@ -1,0 +1,73 @@
+// Polygon edges of the scanline rasterizer: building, colour and texture setup, ordering, and
+// the scanline range a polygon covers.
+#pragma once
+
+#include "zbuffer/fixed_point.h"
+#include "zbuffer/raster_context.h"
+#include "zbuffer/screen_vertex.h"
+
+#include <cstdint>
+
+// One non-horizontal polygon edge, walked one scanline at a time.
+struct EdgeRecord {
+    const ScreenVertex* top;    // end with the smaller y
+    const ScreenVertex* bottom; // end with the larger y
+    EdgeRecord* next;           // next edge by top y
+    std::int32_t z;             // current depth, bias included
+    std::int32_t zRemainder;
+    std::int32_t zStep;
+    std::int32_t zStepRemainder;
+    std::int32_t scanlines; // at least 1
+    std::int32_t y;         // 24.8, from 0
+    std::int32_t x;         // 16.16
+    std::int32_t xStep;
+    // 16.16 colour; blended Gouraud drawing premultiplies by opacity, which overflows the
+    // signed range, so these wrap as unsigned values.
+    std::uint32_t r, g, b;
+    std::int32_t rStep, gStep, bStep;
+    std::int32_t u, v; // 20.12 texels
+    std::int32_t uStep, vStep;
+};
+
+// Scanline of a 24.8 screen coordinate (arithmetic shift, so it floors).
+inline std::int32_t ScanlineOf(std::int32_t y) {
+    return y >> kSubpixelBits;
+}
+
+// Exact stepping of an integer value by quotient and remainder of a division by `divisor`.
+inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::int32_t step,
+                            std::int32_t stepRemainder, std::int32_t divisor) {
+    value += step;
+    remainder += stepRemainder;
+    if (remainder >= divisor) {
+        ++value;
+        remainder -= divisor;
+    }
+    if (remainder < 0) {
+        --value;
+        remainder += divisor;
+    }
+}
+
+// Doubles the vertices at double resolution, then fills `edges` (room for vertexCount) with
+// the edges that span at least one scanline, in polygon order. Returns how many. Expects
+// 1 <= vertexCount <= kMaxPolygonVertices.
+int SetupEdges(const RasterContext& rc, EdgeRecord* edges);
+
+// Colour start and steps; `multiplier` is the opacity for premultiplied drawing, else 1.
+void SetupEdgeColours(EdgeRecord* edges, int count, std::uint32_t multiplier);
+
+// Texture start and steps from the vertices' u and v in the bound texture's texels.
+void SetupEdgeTexture(const RasterContext& rc, EdgeRecord* edges, int count);
+
+// 20.12 texel position of a texture coordinate, truncated and limited to 2^29.
+std::int32_t TexelPosition(float coordinate, std::int32_t size);
+
+// Links the edges into a list by ascending top y; an edge goes in front of the first listed
+// edge whose top is not above its own. Returns the head.
+EdgeRecord* SortEdges(EdgeRecord* edges, int count);
+
+// Last scanline to fill. Triangles of two edges and quads leave their shared bottom scanline
+// unfilled, so neighbours that share that edge do not both fill it.
+std::int32_t LastScanline(const RasterContext& rc, const EdgeRecord* head, int vertexCount,
+                          int edgeCount);

@@ -1,0 +1,42 @@
+// The module's rasterizer context and the helpers that set up its surface and state.
+#include "zbuffer/raster_context.h"
+
+RasterContext& ModuleRasterContext() {
+    static RasterContext context;
+    return context;
+}
+
+void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32_t* depthBits,
+                         std::int32_t width, std::int32_t height) {
+    rc.colourBase = colourBits;
+    rc.depthBase = depthBits;
+    rc.clipMinX = 0;
+    rc.clipMinY = 0;
+    rc.clipMaxX = width - 1;
+    rc.clipMaxY = height - 1;
+    rc.clipWidth = width;
+    rc.clipHeight = height;
+    rc.rowBias = height - 1;
+    rc.colourPitch = ((32 * width + 31) / 32) * 4;
+    rc.depthPitch = width * 4;
+}
+
+void ClearTextureBinding(RasterContext& rc) {
+    rc.boundMaterial = nullptr;
+    rc.sampleTexel = nullptr;
+    rc.texHeader = nullptr;
+    rc.texRow0 = nullptr;
+}
+
+void ResetRasterState(RasterContext& rc) {
+    ClearTextureBinding(rc);
+    rc.texPitch = rc.texWidth = rc.texHeight = rc.texMaxX = rc.texMaxY = 0;
+    rc.textureIs32Bit = rc.textureIs8Bit = rc.texelBytes = 0;
+    rc.vertexList = nullptr;
+    rc.vertexCount = 0;
+    rc.opacity = 255;
+    rc.inverseOpacity = 0;
+    rc.depthBias = 0;
+    rc.flatColour = RgbBytes{};
+    rc.depthAlwaysPasses = 0;
+}

@@ -1,0 +1,48 @@
+// The 36-byte screen vertex exchanged with the host's view object, which clips and projects it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#pragma pack(push, 1)
+// The layout is shared with the host, so every offset is fixed.
+struct ScreenVertex {
+    std::int32_t x; // 1/256 pixel once projected (the host keeps a float here before)
+    std::int32_t y; // 1/256 pixel, growing downwards
+    std::int32_t z; // integer depth, smaller is nearer
+    std::uint8_t clipCode;
+    float u; // sampling coordinates, written by the textured dispatch
+    float v;
+    float unused;
+    float s; // source texture coordinates
+    float t;
+    std::uint8_t red;
+    std::uint8_t green;
+    std::uint8_t blue;
+};
+#pragma pack(pop)
+
+static_assert(sizeof(ScreenVertex) == 36);
+static_assert(offsetof(ScreenVertex, x) == 0);
+static_assert(offsetof(ScreenVertex, y) == 4);
+static_assert(offsetof(ScreenVertex, z) == 8);
+static_assert(offsetof(ScreenVertex, clipCode) == 12);
+static_assert(offsetof(ScreenVertex, u) == 13);
+static_assert(offsetof(ScreenVertex, v) == 17);
+static_assert(offsetof(ScreenVertex, unused) == 21);
+static_assert(offsetof(ScreenVertex, s) == 25);
+static_assert(offsetof(ScreenVertex, t) == 29);
+static_assert(offsetof(ScreenVertex, red) == 33);
+static_assert(offsetof(ScreenVertex, green) == 34);
+static_assert(offsetof(ScreenVertex, blue) == 35);
+
+// A screen position with depth, as points and line ends are given: x and y in 1/256 pixel.
+struct ScreenPoint {
+    std::int32_t x = 0;
+    std::int32_t y = 0;
+    std::int32_t z = 0;
+};
+
+inline ScreenPoint PointOf(const ScreenVertex& v) {
+    return ScreenPoint{v.x, v.y, v.z};
+}
