@@ -4,6 +4,7 @@
 #include "plugin/extension.h"
 
 class q5_VIEW;
+struct q5_PROGRESS;
 class TPicture;
 struct q5_RENDERCONTEXT;
 class q5_MESH;
@@ -45,7 +46,7 @@ public:
                                              q5_RENDERSTATE* state) = 0;
     virtual std::int32_t DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) = 0;
     virtual std::int32_t SetMatrix(const float* matrix4x4) = 0;
-    virtual void ReleaseBudget(std::uint32_t n) = 0;
+    virtual void DepthOffset(std::uint32_t n) = 0;
     virtual bool FrameStep(std::int32_t phase) = 0;
     virtual std::int32_t DrawScreenLine(const ScreenVertex* a, const ScreenVertex* b) = 0;
     virtual void Resize(std::int32_t width, std::int32_t height) = 0;
@@ -77,7 +78,7 @@ public:
     q5_VIEW* view = nullptr;
     TPicture* backgroundPicture = nullptr;
     q5_RENDERCONTEXT* renderContext = nullptr;
-    void* progress = nullptr;
+    q5_PROGRESS* progress = nullptr;
     std::int32_t width = 0, height = 0;
     std::int32_t reserved1 = 0, reserved2 = 0;
     float scale1 = 1.0f, scale2 = 1.0f;

@@ -5,6 +5,8 @@
 
 class DRIVER3D;
 class q5_PROPERTYSHEET;
+class q5_COLLECTION;
+class q5_PLUGINRECORD;
 
 // Host levels of ReportMessage / ReportMessageA.
 inline constexpr std::int32_t kReportInfo = 0;
@@ -30,6 +32,34 @@ public:
     virtual void LocalizeDialog(std::uint64_t table, q5_HWND dialog,
                                 std::intptr_t initArgument) = 0;
     virtual q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND parent, std::int32_t zero) = 0;
+
+    // Host services the core library's file names, string tables and object tables use.
+    // Maps a host-relative name to the file to open (at most outSize units into out); time
+    // receives the data's own time stamp when the host has one. False leaves the name alone.
+    virtual bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
+                                 q5_FILETIME* time) = 0;
+    // Folder of the given kind (1: the application's folder); false when there is none.
+    virtual bool GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) = 0;
+    // The folder plug-ins are loaded from; null when unknown.
+    virtual const q5_WCHAR* GetPluginFolder() = 0;
+    // The host's record of the plug-in loaded as `module`; null for any other module.
+    virtual q5_PLUGINRECORD* FindPluginRecord(q5_HINSTANCE module) = 0;
+    // A message with a title, at the levels of ReportMessage.
+    virtual void ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
+                                     const q5_WCHAR* text) = 0;
+    // Tells the user that an operation failed with `code`.
+    virtual void ReportError(Q5RESULT code) = 0;
+
+    // Implemented by the core library; a host may override them.
+    // A new empty collection owned by the caller, or null.
+    virtual q5_COLLECTION* CreateCollection();
+    // Loads the main string table from folder + "language.ln", falling back to the "LNG"
+    // resources of module (null: the plug-in's own module).
+    virtual bool InitLanguage(q5_HINSTANCE module, const q5_WCHAR* folder, const q5_WCHAR* language,
+                              const q5_WCHAR* appName);
+    // As LGetString, with defaultText for a missing id.
+    virtual const q5_WCHAR* LGetStringEx(std::uint64_t table, std::int32_t id,
+                                         const q5_WCHAR* defaultText);
 
 protected:
     ~q5_GAPI() = default;

@@ -28,12 +28,31 @@ public:
     virtual void OnDriverDetached(std::int32_t a, std::int32_t b) = 0;
     // "Use second processor" changed while this driver was attached.
     virtual void OnDriverSettingsChanged() = 0;
+    // Colours carry red in the low byte.
+    virtual std::uint32_t SecondBackgroundColour() = 0;
+    virtual std::uint32_t FadeColour() = 0;
+    virtual double SupersampleFactor() = 0;
 
 protected:
     ~q5_VIEW() = default;
 };
 
+// The host's progress report of the current render.
+struct q5_PROGRESS {
+    // Optional; returns false when the user cancels.
+    bool (*callback)(q5_PROGRESS* self) = nullptr;
+    bool abort = false;
+
+    static bool Cancelled(q5_PROGRESS* p) {
+        return p != nullptr && ((p->callback != nullptr && !p->callback(p)) || p->abort);
+    }
+};
+
 // The host's render context handed to Attach.
 struct q5_RENDERCONTEXT {
     q5_VIEW* view = nullptr;
+    q5_PROGRESS* progress = nullptr;
+    // Depth mapping of the view: integer depth = scale * z + offset.
+    double depthScale = 0.0;
+    double depthOffset = 0.0;
 };

@@ -49,6 +49,24 @@ inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::i
     }
 }
 
+// The same as `count` single steps at once. The remainder stays in [0, divisor) after every
+// step, so value * divisor + remainder grows by exactly step * divisor + stepRemainder.
+inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::int32_t step,
+                            std::int32_t stepRemainder, std::int32_t divisor, std::int32_t count) {
+    const std::int64_t total = remainder + static_cast<std::int64_t>(count) * stepRemainder;
+    std::int64_t carry = total / divisor;
+    std::int64_t rest = total % divisor;
+    if (rest < 0) {
+        --carry;
+        rest += divisor;
+    }
+    value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
+                                      static_cast<std::uint32_t>(count) *
+                                          static_cast<std::uint32_t>(step) +
+                                      static_cast<std::uint32_t>(carry));
+    remainder = static_cast<std::int32_t>(rest);
+}
+
 // Doubles the vertices at double resolution, then fills `edges` (room for vertexCount) with
 // the edges that span at least one scanline, in polygon order. Returns how many. Expects
 // 1 <= vertexCount <= kMaxPolygonVertices.

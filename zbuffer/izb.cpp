@@ -12,6 +12,7 @@
 #include "plugin/plugin_state.h"
 #include "plugin/view.h"
 #include "zbuffer/mark_list.h"
+#include "zbuffer/raster_context.h"
 
 RendererGlobals& Renderer() {
     static RendererGlobals globals;
@@ -30,6 +31,7 @@ void IZB::ReadSettings() {
 }
 
 void IZB::DeleteThis() {
+    DestroySurfacesOnRelease();
     if (backgroundPicture != nullptr) backgroundPicture->Release();
     delete this;
 }
@@ -105,6 +107,7 @@ std::uint64_t IZB::GetParam(std::int32_t id, std::uint64_t value, q5_VALUETYPE t
 std::int32_t IZB::Attach(std::uint64_t window, q5_RENDERCONTEXT* context) {
     attachedId = window;
     renderContext = context;
+    progress = context != nullptr ? context->progress : nullptr;
     view = context != nullptr ? context->view : nullptr;
     return 1;
 }
@@ -203,8 +206,8 @@ std::int32_t IZB::SetMatrix(const float* matrix4x4) {
     return 1;
 }
 
-void IZB::ReleaseBudget(std::uint32_t n) {
-    Renderer().budgetCounter -= std::int64_t{n} * 1024;
+void IZB::DepthOffset(std::uint32_t n) {
+    OffsetDepth(ModuleRasterContext(), static_cast<std::int32_t>(n));
 }
 
 Q5RESULT IZB::SetBkImage(TPicture* picture) {

@@ -37,7 +37,7 @@ public:
                                      q5_RENDERSTATE* state) override;
     std::int32_t DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) override;
     std::int32_t SetMatrix(const float* matrix4x4) override;
-    void ReleaseBudget(std::uint32_t n) override;
+    void DepthOffset(std::uint32_t n) override;
     bool FrameStep(std::int32_t phase) override;
     std::int32_t DrawScreenLine(const ScreenVertex* a, const ScreenVertex* b) override;
     void Resize(std::int32_t width, std::int32_t height) override;
@@ -99,12 +99,20 @@ public:
 private:
     ~IZB() = default;
     void ReadSettings();
+    void FreeSurfaces();
+    void CreateSurfaces();
+    void MakeCurrent();
+    void FillColour(std::uint32_t colour);
+    void ClearDepth();
+    void ApplyDepthFade();
+    void BeginSupersampled();
+    void EndSupersampled();
+    void DestroySurfacesOnRelease();
 };
 
 // Process-wide renderer state beside the rasterizer's context.
 struct RendererGlobals {
     bool flag1001 = false;
     bool supersampleRequest = false;
-    std::int64_t budgetCounter = 0; // lowered by the 21st operation
 };
 RendererGlobals& Renderer();

@@ -134,6 +134,22 @@ inline bool ShadePixel(const RasterContext& rc, const PolygonConstants& pc, cons
     }
 }
 
+// Steps over `count` columns at once (the fast path's left clip).
+template <FillMode M> inline void SkipColumns(SpanState& s, std::int32_t count) {
+    constexpr ModeTraits T = TraitsOf(M);
+    StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
+    const std::uint32_t n = static_cast<std::uint32_t>(count);
+    if constexpr (T.gouraud) {
+        for (int k = 0; k < 3; ++k) s.c[k] += n * static_cast<std::uint32_t>(s.cStep[k]);
+    }
+    if constexpr (T.textured) {
+        s.u = static_cast<std::int32_t>(static_cast<std::uint32_t>(s.u) +
+                                        n * static_cast<std::uint32_t>(s.uStep));
+        s.v = static_cast<std::int32_t>(static_cast<std::uint32_t>(s.v) +
+                                        n * static_cast<std::uint32_t>(s.vStep));
+    }
+}
+
 template <FillMode M> inline void StepSpan(SpanState& s) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width);
@@ -150,8 +166,12 @@ inline std::int32_t WrappedStep(std::uint32_t from, std::uint32_t to, std::int32
     return static_cast<std::int32_t>(to - from) / width;
 }
 
+// The two ways through a polygon: the reference steps over off-screen columns and scanlines
+// one at a time; the fast path jumps over them in one step with the same result.
+enum class Path { Reference, Fast };
+
 // One scanline between two active edges; the right end column is exclusive.
-template <FillMode M>
+template <FillMode M, Path P>
 void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t y,
               const EdgeRecord& a, const EdgeRecord& b) {
     constexpr ModeTraits T = TraitsOf(M);
@@ -184,7 +204,11 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
         s.vStep = (r.v - l.v) / s.width;
     }
     // Columns left of the frame are stepped over, not written: no subpixel prestep.
-    for (std::int32_t x = left; x < firstColumn; ++x) StepSpan<M>(s);
+    if constexpr (P == Path::Fast) {
+        if (firstColumn > left) SkipColumns<M>(s, firstColumn - left);
+    } else {
+        for (std::int32_t x = left; x < firstColumn; ++x) StepSpan<M>(s);
+    }
 
     std::uint8_t* px = rc.colourBase +
                        static_cast<std::ptrdiff_t>(rc.rowBias + rc.clipMinY - y) * rc.colourPitch +
@@ -214,7 +238,29 @@ template <FillMode M> inline void StepEdge(EdgeRecord& e) {
     }
 }
 
-template <FillMode M> int FillPolygonIn(RasterContext& rc) {
+// Steps an edge over `count` scanlines at once.
+template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t count) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const std::uint32_t n = static_cast<std::uint32_t>(count);
+    auto advance = [n](std::int32_t& value, std::int32_t step) {
+        value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
+                                          n * static_cast<std::uint32_t>(step));
+    };
+    if constexpr (T.textured) {
+        advance(e.u, e.uStep);
+        advance(e.v, e.vStep);
+    }
+    advance(e.y, kSubpixelOne);
+    advance(e.x, e.xStep);
+    StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines, count);
+    if constexpr (T.gouraud) {
+        e.r += n * static_cast<std::uint32_t>(e.rStep);
+        e.g += n * static_cast<std::uint32_t>(e.gStep);
+        e.b += n * static_cast<std::uint32_t>(e.bStep);
+    }
+}
+
+template <FillMode M, Path P> int FillPolygonIn(RasterContext& rc) {
     constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
     if (vertexCount <= 0 || vertexCount > kMaxPolygonVertices) return 0;
@@ -242,7 +288,20 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc) {
     EdgeRecord* next = b->next;
     const std::int32_t last = LastScanline(rc, head, vertexCount, count);
     for (std::int32_t y = ScanlineOf(head->top->y); y <= last; ++y) {
-        if (y >= 0) FillSpan<M>(rc, pc, y, *a, *b);
+        if constexpr (P == Path::Fast) {
+            // Above the frame: jump to the scanline where an edge changes hands or the frame
+            // begins, whichever comes first.
+            if (y < 0) {
+                const std::int32_t stop = std::min(
+                    {ScanlineOf(a->bottom->y), ScanlineOf(b->bottom->y), std::int32_t{-1}, last});
+                if (stop > y) {
+                    SkipScanlines<M>(*a, stop - y);
+                    SkipScanlines<M>(*b, stop - y);
+                    y = stop;
+                }
+            }
+        }
+        if (y >= 0) FillSpan<M, P>(rc, pc, y, *a, *b);
         // An edge serves through its bottom scanline, then the next listed edge takes over.
         const std::int32_t nextY = y + 1;
         if (ScanlineOf(a->bottom->y) < nextY) {
@@ -263,17 +322,24 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc) {
 
 using PolygonFiller = int (*)(RasterContext&);
 
-template <std::size_t... I>
+// Indexed by FillMode.
+template <Path P, std::size_t... I>
 constexpr std::array<PolygonFiller, sizeof...(I)> MakeFillerTable(std::index_sequence<I...>) {
-    return {&FillPolygonIn<static_cast<FillMode>(I)>...};
+    return {&FillPolygonIn<static_cast<FillMode>(I), P>...};
 }
 
-constexpr auto kFillers = MakeFillerTable(std::make_index_sequence<kFillModeCount>{});
-static_assert(kFillers.size() == kFillModeCount);
+constexpr auto kFillers = MakeFillerTable<Path::Fast>(std::make_index_sequence<kFillModeCount>{});
+constexpr auto kReferenceFillers =
+    MakeFillerTable<Path::Reference>(std::make_index_sequence<kFillModeCount>{});
+static_assert(kFillers.size() == kFillModeCount && kReferenceFillers.size() == kFillModeCount);
 static_assert(static_cast<int>(FillMode::GouraudTextureAlpha) == kFillModeCount - 1);
 
 } // namespace
 
 int FillPolygon(RasterContext& rc, FillMode mode) {
     return kFillers[static_cast<std::size_t>(mode)](rc);
+}
+
+int FillPolygonReference(RasterContext& rc, FillMode mode) {
+    return kReferenceFillers[static_cast<std::size_t>(mode)](rc);
 }

@@ -24,3 +24,7 @@ inline constexpr int kFillModeCount = 10;
 // nothing because the polygon has 0 or more than 8 vertices or fewer than two edges that
 // cross a scanline, else 1. Textured modes need a bound texture.
 int FillPolygon(RasterContext& rc, FillMode mode);
+
+// The same fill stepping one column and one scanline at a time everywhere, kept as the
+// reference that FillPolygon must match bit for bit.
+int FillPolygonReference(RasterContext& rc, FillMode mode);

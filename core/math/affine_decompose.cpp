@@ -212,7 +212,7 @@ Mat3 PolarFactorRank2(Mat3 m, const Mat3& adjT) {
 }
 
 // A = Q * S. Returns the determinant of the last iterate, whose sign is that of det Q; 0 when
-// A is singular (its Q then comes from the rank-2 procedure).
+// A is singular, whose Q then comes from the rank-deficient procedures as a proper rotation.
 double PolarDecompose(const Mat3& a, Mat3& q, Mat3& s) {
     constexpr double kTolerance = 1e-6;
     // Bounds the loop should non-finite elements keep the test from settling.

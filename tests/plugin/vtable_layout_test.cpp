@@ -41,7 +41,7 @@ TEST(IzbTable, OperationsStandInTheirSlots) {
     EXPECT_EQ(SlotOf(&IZB::DrawFaceGroupPlaced), 18);
     EXPECT_EQ(SlotOf(&IZB::DrawScreenPolygon), 19);
     EXPECT_EQ(SlotOf(&IZB::SetMatrix), 20);
-    EXPECT_EQ(SlotOf(&IZB::ReleaseBudget), 21);
+    EXPECT_EQ(SlotOf(&IZB::DepthOffset), 21);
     EXPECT_EQ(SlotOf(&IZB::FrameStep), 22);
     EXPECT_EQ(SlotOf(&IZB::DrawScreenLine), 23);
     EXPECT_EQ(SlotOf(&IZB::Resize), 24);

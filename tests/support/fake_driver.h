@@ -43,7 +43,7 @@ public:
     std::int32_t DrawFaceGroupPlaced(q5_MESH*, q5_FACERUN*, q5_RENDERSTATE*) override { return 0; }
     std::int32_t DrawScreenPolygon(const ScreenVertex*, std::int32_t) override { return 0; }
     std::int32_t SetMatrix(const float*) override { return 1; }
-    void ReleaseBudget(std::uint32_t) override {}
+    void DepthOffset(std::uint32_t) override {}
     bool FrameStep(std::int32_t) override { return true; }
     std::int32_t DrawScreenLine(const ScreenVertex*, const ScreenVertex*) override { return 0; }
     void Resize(std::int32_t, std::int32_t) override {}

@@ -1,6 +1,7 @@
 // A host API object for tests: it records every call and answers from tables a test fills in.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -55,6 +56,12 @@ public:
     // When set, answers CreateDriverByName instead of driverToCreate.
     std::function<DRIVER3D*(const std::string&)> createDriver;
     q5_PROPERTYSHEET* sheetToCreate = nullptr;
+    // ResolveFileName answers from `resolvedNames` (name -> file, time); GetFolder from
+    // `folders` by kind; FindPluginRecord from `pluginRecords` by module.
+    std::map<std::u16string, std::pair<std::u16string, q5_FILETIME>> resolvedNames;
+    std::map<std::int32_t, std::u16string> folders;
+    const q5_WCHAR* pluginFolder = nullptr;
+    std::map<q5_HINSTANCE, q5_PLUGINRECORD*> pluginRecords;
 
     // Calls, in the order they arrived.
     std::vector<q5_HINSTANCE> openedTables;
@@ -68,6 +75,14 @@ public:
     std::vector<HelpCall> helpCalls;
     std::vector<DialogLocalization> localizedDialogs;
     std::vector<SheetRequest> sheetRequests;
+    std::vector<std::u16string> resolveRequests;
+    struct TitledReport {
+        std::int32_t level;
+        std::u16string title;
+        std::u16string text;
+    };
+    std::vector<TitledReport> titledReports;
+    std::vector<Q5RESULT> errorCodes;
 
     std::uint64_t OpenStringTable(q5_HINSTANCE module) override {
         openedTables.push_back(module);
@@ -112,6 +127,36 @@ public:
         sheetRequests.push_back({parent, zero});
         return sheetToCreate;
     }
+
+    bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
+                         q5_FILETIME* time) override {
+        resolveRequests.push_back(Text(name));
+        const auto found = resolvedNames.find(Text(name));
+        if (found == resolvedNames.end() || outSize < 1) return false;
+        const std::u16string file = found->second.first.substr(0, outSize - 1);
+        std::copy(file.begin(), file.end(), out);
+        out[file.size()] = 0;
+        if (time != nullptr) *time = found->second.second;
+        return true;
+    }
+    bool GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) override {
+        const auto found = folders.find(kind);
+        if (found == folders.end() || size < 1) return false;
+        const std::u16string folder = found->second.substr(0, size - 1);
+        std::copy(folder.begin(), folder.end(), out);
+        out[folder.size()] = 0;
+        return true;
+    }
+    const q5_WCHAR* GetPluginFolder() override { return pluginFolder; }
+    q5_PLUGINRECORD* FindPluginRecord(q5_HINSTANCE module) override {
+        const auto found = pluginRecords.find(module);
+        return found != pluginRecords.end() ? found->second : nullptr;
+    }
+    void ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
+                             const q5_WCHAR* text) override {
+        titledReports.push_back({level, Text(title), Text(text)});
+    }
+    void ReportError(Q5RESULT code) override { errorCodes.push_back(code); }
 
 private:
     // A null text is recorded as empty.

@@ -13,9 +13,15 @@ public:
     std::int32_t queryValue = 0;
     std::vector<std::pair<std::int32_t, std::int32_t>> detached;
     int settingsChanged = 0;
+    std::uint32_t secondBackground = 0;
+    std::uint32_t fade = 0;
+    double supersample = 1.0;
 
     q5_RENDERSETTINGS* RenderSettings() override { return hasSettings ? &settings : nullptr; }
     std::int32_t DriverQueryValue() override { return queryValue; }
     void OnDriverDetached(std::int32_t a, std::int32_t b) override { detached.emplace_back(a, b); }
     void OnDriverSettingsChanged() override { ++settingsChanged; }
+    std::uint32_t SecondBackgroundColour() override { return secondBackground; }
+    std::uint32_t FadeColour() override { return fade; }
+    double SupersampleFactor() override { return supersample; }
 };

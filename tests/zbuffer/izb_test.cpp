@@ -6,6 +6,7 @@
 #include "support/recording_host.h"
 #include "support/recording_view.h"
 #include "zbuffer/izb.h"
+#include "zbuffer/raster_context.h"
 
 namespace {
 
@@ -85,6 +86,9 @@ TEST_F(Izb, MarksAreSharedByIdAcrossDrivers) {
     // A clear unmarks the attached id.
     other->Attach(0xABCDEF0012345ull, nullptr);
     other->ClearFrame(0);
+    EXPECT_EQ(driver->IsIdMarked(0xABCDEF0012345ull), 1) << "no surface yet: nothing cleared";
+    other->Resize(1, 1);
+    other->ClearFrame(0);
     EXPECT_EQ(driver->IsIdMarked(0xABCDEF0012345ull), 0);
     driver->MarkId(0xABCDEF0012345ull);
     EXPECT_EQ(driver->IsIdMarked(0xABCDEF0012345ull), 1);
@@ -111,10 +115,11 @@ TEST_F(Izb, AttachTakesTheViewFromTheContext) {
     EXPECT_EQ(driver->renderContext, nullptr);
 }
 
-TEST_F(Izb, BudgetOperationLowersTheSharedCounter) {
-    const std::int64_t before = Renderer().budgetCounter;
-    driver->ReleaseBudget(3);
-    EXPECT_EQ(Renderer().budgetCounter, before - 3072);
+TEST_F(Izb, DepthOffsetLowersTheSharedDepthBias) {
+    const std::int32_t before = ModuleRasterContext().depthBias;
+    driver->DepthOffset(3);
+    EXPECT_EQ(ModuleRasterContext().depthBias, before - 3072);
+    ModuleRasterContext().depthBias = before;
 }
 
 TEST_F(Izb, WithoutAHostSettingsKeepTheirDefaults) {

@@ -137,13 +137,17 @@ TEST(WideLines, SteepNeighbourAtTheLastColumnWrapsToTheNextMemoryRow) {
     EXPECT_FALSE(f.Written(0, 2));
 }
 
-TEST(WideLines, SteepNeighbourNeverLeavesTheBuffers)
-{
+TEST(WideLines, SteepNeighbourNeverLeavesTheBuffers) {
     RasterFrame f(16, 12);
     f.rc.wideLines = 1;
-    DrawLine(f.rc, At(15.5, 0), At(15.5, 12), kColour);
+    DrawLine(f.rc, At(15.5, 0), At(15.5, 12), kColour); // top row: colour would leave
     EXPECT_EQ(f.WrittenInRow(0), 1);
     EXPECT_TRUE(f.GuardsIntact());
+    RasterFrame g(16, 12);
+    g.rc.wideLines = 1;
+    DrawLine(g.rc, At(15.5, 12), At(15.5, 0), kColour); // bottom row: depth would leave
+    EXPECT_EQ(g.WrittenInRow(11), 2); // its own pixel and the neighbour of scanline 10
+    EXPECT_TRUE(g.GuardsIntact());
 }
 
 TEST(WideLines, DoubleResolutionTakesHalfPixelEnds) {

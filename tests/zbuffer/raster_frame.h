@@ -24,11 +24,12 @@ struct Bgra {
 
 class RasterFrame {
 public:
+    // One guard row before and after each buffer catches writes just outside it.
     RasterFrame(int width, int height, Bgra background = {})
         : width_(width), height_(height), pitch_(((32 * width + 31) / 32) * 4),
-          colour_(static_cast<std::size_t>(pitch_) * height),
-          depth_(static_cast<std::size_t>(width) * height, kDepthEmpty) {
-        AttachRasterBuffers(rc, colour_.data(), depth_.data(), width, height);
+          colour_(static_cast<std::size_t>(pitch_) * (height + 2), kGuardByte),
+          depth_(static_cast<std::size_t>(width) * (height + 2), kDepthEmpty) {
+        AttachRasterBuffers(rc, colour_.data() + pitch_, depth_.data() + width, width, height);
         Fill(background);
     }
 
@@ -57,8 +58,7 @@ public:
         for (int y = 0; y < height_; ++y) n += WrittenInRow(y);
         return n;
     }
-    bool GuardsIntact() const
-    {
+    bool GuardsIntact() const {
         const std::size_t lastColour = colour_.size() - pitch_, lastDepth = depth_.size() - width_;
         for (int i = 0; i < pitch_; ++i)
             if (colour_[i] != kGuardByte || colour_[lastColour + i] != kGuardByte) return false;

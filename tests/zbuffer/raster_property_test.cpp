@@ -114,6 +114,51 @@ TEST_P(EveryMode, WritesStayInsideTheClipBoundsAndThePolygonBox) {
     }
 }
 
+TEST_P(EveryMode, FastPathMatchesTheReferenceBitForBit) {
+    std::mt19937 rng(4321 + static_cast<int>(GetParam()));
+    // Mostly large polygons reaching far above and left of the frame, where the fast path
+    // jumps instead of stepping.
+    std::uniform_real_distribution<double> centre(-300.0, 60.0), radius(0.5, 400.0);
+    std::uniform_int_distribution<int> count(3, 8), byte(0, 255), bias(-3, 3);
+    for (int i = 0; i < kPolygonsPerMode; ++i) {
+        RasterFrame fast(40, 30), reference(40, 30);
+        std::uniform_int_distribution<std::int32_t> depth(-6000, 6000);
+        for (int y = 0; y < 30; ++y) {
+            for (int x = 0; x < 40; ++x) {
+                const Bgra p{
+                    static_cast<std::uint8_t>(byte(rng)), static_cast<std::uint8_t>(byte(rng)),
+                    static_cast<std::uint8_t>(byte(rng)), static_cast<std::uint8_t>(byte(rng))};
+                fast.Set(x, y, p);
+                reference.Set(x, y, p);
+            }
+        }
+        Prepare(fast.rc, rng);
+        const bool doubled = rng() % 4 == 0, always = rng() % 5 == 0;
+        const std::int32_t depthBias = 1024 * bias(rng);
+        const Polygon original(
+            RandomConvex(rng, centre(rng), centre(rng), radius(rng), count(rng)));
+        RasterFrame* frames[2] = {&fast, &reference};
+        for (RasterFrame* f : frames) {
+            RasterContext& rc = f->rc;
+            if (f == &reference) {
+                BindMaterialTexture(rc, &material, 0);
+                rc.opacity = fast.rc.opacity;
+                rc.inverseOpacity = fast.rc.inverseOpacity;
+                rc.flatColour = fast.rc.flatColour;
+            }
+            rc.doubleResolution = doubled;
+            rc.depthAlwaysPasses = always;
+            rc.depthBias = depthBias;
+        }
+        Polygon a(original), b(original);
+        a.Use(fast.rc);
+        b.Use(reference.rc);
+        ASSERT_EQ(FillPolygon(fast.rc, GetParam()), FillPolygonReference(reference.rc, GetParam()));
+        ASSERT_EQ(fast.Colour(), reference.Colour()) << "polygon " << i;
+        ASSERT_EQ(fast.DepthBuffer(), reference.DepthBuffer()) << "polygon " << i;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Fillers, EveryMode,
                          ::testing::Values(FillMode::Flat, FillMode::Gouraud, FillMode::FlatBlended,
                                            FillMode::GouraudBlended, FillMode::FlatTextured,

@@ -1,4 +1,4 @@
-// Tolerances, seeded random inputs and matrix comparison shared by the geometry tests.
+// Tolerances, seeded random inputs and comparisons shared by the geometry tests.
 #pragma once
 
 #include "core/math/geometry.h"
@@ -6,69 +6,58 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iomanip>
 #include <numbers>
 #include <random>
-#include <sstream>
 
 inline constexpr double kPi = std::numbers::pi;
 
 // Double arithmetic over a handful of terms, including libm trigonometry.
 inline constexpr double kDoubleTol = 1e-12;
-// Iterative double algorithms (Newton, Jacobi) on well-conditioned input.
+// Iterative double algorithms (Newton, Jacobi) and inverses of well-conditioned input.
 inline constexpr double kIterativeTol = 1e-9;
 // Values that pass through a float once: a few float ulps near 1.
 inline constexpr double kFloatTol = 1e-6;
 // Chains of float arithmetic and float trigonometry, whose last ulp differs between C libraries.
 inline constexpr double kFloatChainTol = 2e-5;
+// Matrices rebuilt from float parts of magnitude up to 10.
+inline constexpr double kFloatPartsTol = 1e-4;
 
-// Fixed-seed source of test inputs, identical on every platform.
+// Fixed-seed source of test inputs.
 class TestRandom {
 public:
     explicit TestRandom(unsigned seed) : gen_(seed) {}
 
     double Uniform(double lo, double hi) { return std::uniform_real_distribution<>(lo, hi)(gen_); }
+    float UniformF(double lo, double hi) { return static_cast<float>(Uniform(lo, hi)); }
 
     POINT3D Direction() {
-        for (;;) {
-            POINT3D p(static_cast<float>(Uniform(-1, 1)), static_cast<float>(Uniform(-1, 1)),
-                      static_cast<float>(Uniform(-1, 1)));
-            const float len = p.Length();
-            if (len > 0.1f && len <= 1) return POINT3D(p.x / len, p.y / len, p.z / len);
-        }
+        POINT3D p(UniformF(-1, 1), UniformF(-1, 1), UniformF(-1, 1));
+        while (p.Length() < 0.1f) p = POINT3D(UniformF(-1, 1), UniformF(-1, 1), UniformF(-1, 1));
+        p.Normalize();
+        return p;
     }
-
-    _point3d Angles() { return _point3d(Uniform(-3, 3), Uniform(-1.4, 1.4), Uniform(-3, 3)); }
 
     MATRIX3D Rotation() {
         MATRIX3D r;
-        r.SetRotate(Angles());
+        r.SetRotate(_point3d(Uniform(-3, 3), Uniform(-1.4, 1.4), Uniform(-3, 3)));
         return r;
     }
 
-    // Rotation, axis scale (optionally with mirrors), and translation.
+    // Axis scale (with random mirrors when asked), then rotation, then translation.
     MATRIX3D Affine(bool mirrors) {
-        POINT3D s(static_cast<float>(Uniform(0.5, 3)), static_cast<float>(Uniform(0.5, 3)),
-                  static_cast<float>(Uniform(0.5, 3)));
-        if (mirrors) {
-            for (int i = 0; i < 3; ++i) {
-                if (Uniform(0, 1) < 0.5) s[i] = -s[i];
-            }
-        }
+        POINT3D s(UniformF(0.5, 3), UniformF(0.5, 3), UniformF(0.5, 3));
+        for (int i = 0; mirrors && i < 3; ++i) s[i] *= Uniform(0, 1) < 0.5 ? -1.0f : 1.0f;
         MATRIX3D m;
         m.SetScale(s);
         m.Transform(Rotation());
-        m.Offset(POINT3D(static_cast<float>(Uniform(-10, 10)), static_cast<float>(Uniform(-10, 10)),
-                         static_cast<float>(Uniform(-10, 10))));
+        m.Offset(POINT3D(UniformF(-10, 10), UniformF(-10, 10), UniformF(-10, 10)));
         return m;
     }
 
-    // Every element of the upper 3x4 random: shear and non-aligned stretch included.
+    // Every element of the upper 4x3 random: shear and non-aligned stretch included.
     MATRIX3D General() {
         MATRIX3D m;
-        for (int i = 0; i < 4; ++i) {
-            for (int j = 0; j < 3; ++j) m.m[i][j] = Uniform(-2, 2);
-        }
+        for (int i = 0; i < 12; ++i) m.m[i / 3][i % 3] = Uniform(-2, 2);
         return m;
     }
 
@@ -76,30 +65,14 @@ private:
     std::mt19937 gen_;
 };
 
-inline std::string Describe(const MATRIX3D& a) {
-    std::ostringstream s;
-    s.precision(17);
-    for (const auto& row : a.m)
-        s << "\n  " << row[0] << ' ' << row[1] << ' ' << row[2] << ' ' << row[3];
-    return s.str();
-}
-
-inline ::testing::AssertionResult MatrixNear(const MATRIX3D& actual, const MATRIX3D& expected,
-                                             double tol) {
-    for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) {
-            if (!(std::fabs(actual.m[i][j] - expected.m[i][j]) <= tol)) {
-                return ::testing::AssertionFailure()
-                       << "element [" << i << "][" << j << "] differs by more than " << tol
-                       << "\nactual:" << Describe(actual) << "\nexpected:" << Describe(expected);
-            }
+inline ::testing::AssertionResult MatrixNear(const MATRIX3D& a, const MATRIX3D& b, double tol) {
+    for (int i = 0; i < 16; ++i) {
+        if (!(std::fabs(a.m[i / 4][i % 4] - b.m[i / 4][i % 4]) <= tol)) {
+            return ::testing::AssertionFailure()
+                   << "element " << i << ": " << a.m[i / 4][i % 4] << " vs " << b.m[i / 4][i % 4];
         }
     }
     return ::testing::AssertionSuccess();
-}
-
-inline MATRIX3D RowsMatrix(const double (&rows)[4][4]) {
-    return MATRIX3D(&rows[0][0], 16);
 }
 
 template <typename P>
@@ -107,9 +80,18 @@ template <typename P>
     if (std::fabs(p.x - x) <= tol && std::fabs(p.y - y) <= tol && std::fabs(p.z - z) <= tol) {
         return ::testing::AssertionSuccess();
     }
-    return ::testing::AssertionFailure()
-           << std::setprecision(17) << "(" << p.x << ", " << p.y << ", " << p.z
-           << ") is not within " << tol << " of (" << x << ", " << y << ", " << z << ")";
+    return ::testing::AssertionFailure() << "(" << p.x << ", " << p.y << ", " << p.z << ") vs ("
+                                         << x << ", " << y << ", " << z << ")";
 }
 
 #define EXPECT_POINT_NEAR(p, x, y, z, tol) EXPECT_TRUE(PointNear((p), (x), (y), (z), (tol)))
+
+inline MATRIX3D RowsMatrix(const double (&rows)[4][4]) {
+    return MATRIX3D(&rows[0][0], 16);
+}
+
+inline MATRIX3D Scaled(float x, float y, float z) {
+    MATRIX3D m;
+    m.SetScale(POINT3D(x, y, z));
+    return m;
+}

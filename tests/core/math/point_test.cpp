@@ -3,26 +3,24 @@
 
 #include <limits>
 
-TEST(PointNormalize, ZeroVectorBecomesPlusZ) {
-    POINT3D f(0, 0, 0);
+TEST(PointNormalize, UnitLengthAndZeroBecomesPlusZ) {
+    POINT3D f(0, 3, 0), zf(0, 0, 0);
+    _point3d d(3, 0, -4), zd(0, 0, 0);
     f.Normalize();
-    EXPECT_POINT_NEAR(f, 0, 0, 1, 0);
-    _point3d d(0, 0, 0);
+    zf.Normalize();
     d.Normalize();
-    EXPECT_POINT_NEAR(d, 0, 0, 1, 0);
-}
-
-TEST(PointNormalize, ScalesToUnitLength) {
-    POINT3D f(0, 3, 0);
-    f.Normalize();
+    zd.Normalize();
     EXPECT_POINT_NEAR(f, 0, 1, 0, 0);
-    _point3d d(3, 0, -4);
-    d.Normalize();
+    EXPECT_POINT_NEAR(zf, 0, 0, 1, 0);
     EXPECT_POINT_NEAR(d, 0.6, 0, -0.8, kDoubleTol);
+    EXPECT_POINT_NEAR(zd, 0, 0, 1, 0);
 }
 
-TEST(PointRound, RoundsHalvesAwayFromZero) {
+TEST(PointRound, HalvesAwayFromZeroAndNoStepIsNoOp) {
     POINT3D p(1.25f, -1.25f, 0.2f);
+    p.Round(0);
+    p.Round(-1);
+    EXPECT_POINT_NEAR(p, 1.25f, -1.25f, 0.2f, 0);
     p.Round(0.5f);
     EXPECT_POINT_NEAR(p, 1.5, -1.5, 0, 0);
     _point3d d(2.5, -2.5, 0.74);
@@ -30,95 +28,58 @@ TEST(PointRound, RoundsHalvesAwayFromZero) {
     EXPECT_POINT_NEAR(d, 3, -3, 1, 0);
 }
 
-TEST(PointRound, StepNotAboveZeroChangesNothing) {
-    POINT3D p(1.25f, -1.25f, 0.2f);
-    p.Round(0);
-    p.Round(-1);
-    EXPECT_POINT_NEAR(p, 1.25f, -1.25f, 0.2f, 0);
-}
-
-TEST(PointLimit, ClampsEachComponent) {
+TEST(PointLimit, TestsMinimumFirstAndKeepsNan) {
     POINT3D p(-2, 0.5f, 3);
     p.Limit(0, 1);
     EXPECT_POINT_NEAR(p, 0, 0.5, 1, 0);
+    _point3d inverted(-2, 0.5, 3);
+    inverted.Limit(1, 0);
+    EXPECT_POINT_NEAR(inverted, 1, 1, 0, 0);
+    POINT3D n(std::numeric_limits<float>::quiet_NaN(), 0, 0);
+    n.Limit(-1, 1);
+    EXPECT_TRUE(std::isnan(n.x));
 }
 
-TEST(PointLimit, InvertedBoundsTestMinimumFirst) {
-    _point3d d(-2, 0.5, 3);
-    d.Limit(1, 0);
-    EXPECT_POINT_NEAR(d, 1, 1, 0, 0);
-}
-
-TEST(PointLimit, NanStaysNan) {
-    POINT3D p(std::numeric_limits<float>::quiet_NaN(), 5, -5);
-    p.Limit(-1, 1);
-    EXPECT_TRUE(std::isnan(p.x));
-    EXPECT_POINT_NEAR(POINT3D(0, p.y, p.z), 0, 1, -1, 0);
-}
-
-TEST(PointAbs, NegatesOnlyNegativeComponents) {
+TEST(PointAbsAndSwap, ComponentRules) {
     POINT3D p(-1, -0.0f, 2);
     p.ABS();
     EXPECT_POINT_NEAR(p, 1, 0, 2, 0);
     EXPECT_TRUE(std::signbit(p.y)); // -0 is not below 0
-}
 
-TEST(PointSwap, ReordersByMode) {
     const float expected[7][3] = {{1, 2, 3}, {1, 3, 2}, {2, 1, 3}, {2, 3, 1},
                                   {3, 1, 2}, {3, 2, 1}, {1, 2, 3}};
     for (int mode = 0; mode <= 6; ++mode) {
-        POINT3D p(1, 2, 3);
-        p.Swap(mode);
-        EXPECT_POINT_NEAR(p, expected[mode][0], expected[mode][1], expected[mode][2], 0)
-            << "mode " << mode;
+        POINT3D s(1, 2, 3);
+        s.Swap(mode);
+        EXPECT_POINT_NEAR(s, expected[mode][0], expected[mode][1], expected[mode][2], 0) << mode;
     }
 }
 
-// With 1000 steps: pi/2 snaps to 1.5708 and gives index 500 of the polar angle, 250 of the
-// azimuth; pi snaps to 3.1416, polar index 1000, azimuth index 500; 3pi/2 snaps to 4.7124,
-// azimuth index 750.
-TEST(PointEncodeNormal, PolesAndAxes) {
-    EXPECT_EQ(POINT3D(0, 0, 1).EncodeNormal(1000), 0u);
+// With 1000 steps: pi/2 snaps to 1.5708 (polar index 500, azimuth 250), pi to 3.1416 (polar
+// 1000, azimuth 500), 3pi/2 to 4.7124 (azimuth 750). Just below a full turn the azimuth snaps
+// past 2pi and folds to 0.
+TEST(PointEncodeNormal, PolesAxesAndFolding) {
     EXPECT_EQ(POINT3D(0, 0, 5).EncodeNormal(1000), 0u);
     EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(1000), 1000u << 16);
     EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(65535), 65535u << 16);
-    EXPECT_EQ(POINT3D(1, 0, 0).EncodeNormal(1000), 500u << 16);
+    EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(70000), (70000u & 0xFFFF) << 16);
     EXPECT_EQ(POINT3D(2, 0, 0).EncodeNormal(1000), 500u << 16);
     EXPECT_EQ(POINT3D(0, 1, 0).EncodeNormal(1000), 250u | 500u << 16);
     EXPECT_EQ(POINT3D(-1, 0, 0).EncodeNormal(1000), 500u | 500u << 16);
     EXPECT_EQ(POINT3D(0, -1, 0).EncodeNormal(1000), 750u | 500u << 16);
-}
-
-// Just below a full turn the azimuth snaps to 6.2832, past 2pi, and folds back to index 0.
-TEST(PointEncodeNormal, AzimuthSnappedPastFullTurnFoldsToZero) {
     EXPECT_EQ(POINT3D(1, -1e-9f, 0).EncodeNormal(1000), 500u << 16);
-}
-
-TEST(PointEncodeNormal, IndicesKeepLow16Bits) {
-    // Polar index 70000 for the -z pole.
-    EXPECT_EQ(POINT3D(0, 0, -1).EncodeNormal(70000), (70000u & 0xFFFF) << 16);
-}
-
-TEST(PointEncodeNormal, NanVectorGivesZero) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(POINT3D(nan, nan, nan).EncodeNormal(1000), 0u);
 }
 
-TEST(PointDecodeNormal, AxesFromIndices) {
+TEST(PointDecodeNormal, AxesAndZeroSteps) {
     POINT3D p;
-    p.DecodeNormal(500u << 16, 1000);
-    EXPECT_POINT_NEAR(p, 1, 0, 0, kFloatTol);
     p.DecodeNormal(250u | 500u << 16, 1000);
     EXPECT_POINT_NEAR(p, 0, 1, 0, kFloatTol);
     p.DecodeNormal(1000u << 16, 1000);
     EXPECT_POINT_NEAR(p, 0, 0, -1, kFloatTol);
-}
-
-TEST(PointDecodeNormal, ZeroStepsGiveNonFiniteComponents) {
-    POINT3D p(1, 2, 3);
     p.DecodeNormal(5 | 7 << 16, 0);
     EXPECT_FALSE(std::isfinite(p.x));
-    EXPECT_FALSE(std::isfinite(p.z));
 }
 
 // Half a step in each angle plus the 0.1 mrad snap bound the angle between the two.
@@ -131,17 +92,9 @@ TEST(PointDecodeNormal, RoundTripStaysWithinHalfAStep) {
         POINT3D back;
         back.DecodeNormal(v.EncodeNormal(kSteps), kSteps);
         EXPECT_NEAR(back.Length(), 1, kFloatTol);
-        // The angle from its sine and cosine: acos alone loses it near 0 to float rounding.
+        // From sine and cosine: acos alone loses a small angle to float rounding.
         const _point3d a(v.x, v.y, v.z), b(back.x, back.y, back.z);
         const _point3d c(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
-        EXPECT_LE(std::atan2(c.Length(), a.x * b.x + a.y * b.y + a.z * b.z), bound)
-            << v.x << ' ' << v.y << ' ' << v.z;
+        EXPECT_LE(std::atan2(c.Length(), a.x * b.x + a.y * b.y + a.z * b.z), bound);
     }
-}
-
-TEST(PointFromQuat, GivesEulerAnglesOfTheRotation) {
-    MATRIX3D m;
-    m.SetRotate(POINT3D(0.5f, -0.25f, 1.0f));
-    const POINT3D e{QUAT(m)};
-    EXPECT_POINT_NEAR(e, 0.5, -0.25, 1.0, kFloatChainTol);
 }
