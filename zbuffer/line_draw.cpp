@@ -98,9 +98,9 @@ void DrawLine(RasterContext& rc, const ScreenPoint& from, const ScreenPoint& to,
                        static_cast<std::ptrdiff_t>(x0 - rc.clipMinX) * 4;
     std::int32_t* depth =
         rc.depthBase + static_cast<std::ptrdiff_t>(y0) * depthRow + (x0 - rc.clipMinX);
-    // The steep neighbour is not bound-checked against the row: at the last column it lands in
-    // the first pixel of the adjacent memory row, which is kept. It is only kept inside the
-    // buffers.
+    // The steep neighbour is not checked against the row's end: at the last column it lands in
+    // the first pixel of the next memory row, as wide lines always have. Only the ends of the
+    // buffers themselves are guarded.
     const std::uint8_t* colourEnd =
         rc.colourBase + static_cast<std::ptrdiff_t>(rc.clipHeight) * rc.colourPitch;
     const std::int32_t* depthEnd =

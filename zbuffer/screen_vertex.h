@@ -13,8 +13,8 @@ struct ScreenVertex {
     std::uint8_t clipCode;
     float u; // sampling coordinates, written by the textured dispatch
     float v;
-    float unused;
-    float s; // source texture coordinates
+    float reserved; // the host view's own value; the rasterizer does not read it
+    float s;        // source texture coordinates
     float t;
     std::uint8_t red;
     std::uint8_t green;
@@ -29,7 +29,7 @@ static_assert(offsetof(ScreenVertex, z) == 8);
 static_assert(offsetof(ScreenVertex, clipCode) == 12);
 static_assert(offsetof(ScreenVertex, u) == 13);
 static_assert(offsetof(ScreenVertex, v) == 17);
-static_assert(offsetof(ScreenVertex, unused) == 21);
+static_assert(offsetof(ScreenVertex, reserved) == 21);
 static_assert(offsetof(ScreenVertex, s) == 25);
 static_assert(offsetof(ScreenVertex, t) == 29);
 static_assert(offsetof(ScreenVertex, red) == 33);

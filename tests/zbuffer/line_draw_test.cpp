@@ -78,18 +78,16 @@ TEST(Lines, ClippedStartTakesTheInterpolatedDepth) {
 
 TEST(LineClip, MovesEndsOntoTheFrame) {
     RasterFrame f(16, 12);
-    std::int32_t x0 = -20, y0 = 5, z0 = 0, x1 = 20, y1 = 5, z1 = 400;
+    std::int32_t x0 = 3, y0 = -6, z0 = 0, x1 = 3, y1 = 6, z1 = 120;
     EXPECT_FALSE(ClipLine(f.rc, x0, y0, z0, x1, y1, z1));
-    EXPECT_EQ(x0, 0);
-    EXPECT_EQ(z0, 200);
-    EXPECT_EQ(x1, 15);
-    EXPECT_EQ(z1, 350);
-
-    std::int32_t a = 3, b = -6, c = 0, d = 3, e = 6, g = 120;
+    EXPECT_EQ(y0, 0);
+    EXPECT_EQ(z0, 60);
+    EXPECT_EQ(y1, 6);
+    std::int32_t a = 4, b = 2, c = 0, d = 30, e = 15, g = 260; // beyond the right and bottom
     EXPECT_FALSE(ClipLine(f.rc, a, b, c, d, e, g));
-    EXPECT_EQ(b, 0);
-    EXPECT_EQ(c, 60);
-    EXPECT_EQ(e, 6);
+    EXPECT_EQ(d, 15); // x to 15 moves y to 2 + 11 * 0.5 = 7.5, truncated
+    EXPECT_EQ(e, 7);
+    EXPECT_EQ(g, 110);
 }
 
 TEST(LineClip, RejectsLinesOutsideTheFrame) {

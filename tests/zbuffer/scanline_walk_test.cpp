@@ -58,15 +58,6 @@ TEST(SpanEnds, LeftClipStepsFromTheUnclippedColumn) {
     EXPECT_EQ(f.WrittenCount(), 5 * 4);
 }
 
-TEST(SpanEnds, NothingBeyondTheClipBounds) {
-    RasterFrame f(6, 5);
-    UseFlat(f.rc);
-    Polygon p = Rect(-3.0, -2.0, 9.0, 8.0);
-    p.Use(f.rc);
-    FillPolygon(f.rc, FillMode::Flat);
-    EXPECT_EQ(f.WrittenCount(), 6 * 5);
-}
-
 TEST(BottomScanline, QuadLeavesItsBottomScanline) {
     RasterFrame f(12, 10);
     UseFlat(f.rc);

@@ -118,17 +118,6 @@ TEST_F(Textures, UnsampledDepthsUseTheConvertedCopy) {
     EXPECT_EQ(rc.sampleTexel, nullptr); // no copy to be had
 }
 
-TEST_F(Textures, BindingDescribesTheTexture) {
-    TestPicture p(5, 3, 24);
-    Bind(&p);
-    EXPECT_EQ(rc.texWidth, 5);
-    EXPECT_EQ(rc.texHeight, 3);
-    EXPECT_EQ(rc.texMaxX, 4);
-    EXPECT_EQ(rc.texMaxY, 2);
-    EXPECT_EQ(rc.texPitch, 16);
-    EXPECT_EQ(rc.texRow0, p.bits);
-}
-
 class TexturedDispatch : public ::testing::Test {
 protected:
     TexturedDispatch() : frame(8, 6), picture(4, 4, 24) {
@@ -136,6 +125,7 @@ protected:
         material.textures[0] = &picture;
         BindMaterialTexture(frame.rc, &material, 0);
     }
+    // Flat-topped, covering scanlines 0..3 from column 0.
     Polygon Triangle(float s0, float t0, float s1, float t1, float s2, float t2) {
         Polygon p{Vertex(0, 0), Vertex(4, 0), Vertex(0, 4)};
         p[0].s = s0, p[0].t = t0, p[1].s = s1, p[1].t = t1, p[2].s = s2, p[2].t = t2;
@@ -185,18 +175,12 @@ TEST_F(TexturedDispatch, TextureMatrixMapsSAndT) {
     EXPECT_FLOAT_EQ(p[2].v, 1.0f - 0.625f); // -(0.125 + 0.5), shifted by -1
 }
 
-TEST_F(TexturedDispatch, FlatBlendedTakesCoverageAlpha) {
+TEST_F(TexturedDispatch, BlendedFlatTakesCoverageAlphaGouraudStaysOpaque) {
     Polygon p = Triangle(0, 0, 0, 0, 0, 0);
     p.Use(frame.rc);
     frame.rc.opacity = 128;
     DrawTexturedPolygon(frame.rc, 3, kPolygonFlat | kPolygonBlended);
     EXPECT_EQ(frame.Pixel(1, 1).a, 128); // (65025 - 255 * 127) / 255
-}
-
-TEST_F(TexturedDispatch, GouraudBlendedStaysOpaque) {
-    Polygon p = Triangle(0, 0, 0, 0, 0, 0);
-    p.Use(frame.rc);
-    frame.rc.opacity = 128;
     DrawTexturedPolygon(frame.rc, 3, kPolygonBlended);
     EXPECT_EQ(frame.Pixel(1, 1).a, 255);
 }

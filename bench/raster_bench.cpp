@@ -1,0 +1,204 @@
+// Rasterizer speed at 1024 x 768 on the shared workloads: fill rate of every filler on large
+// triangles, the rate of small triangles through the dispatch, and the line routine.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "bench/workloads.h"
+#include "plugin/material.h"
+#include "plugin/picture.h"
+#include "zbuffer/fixed_point.h"
+#include "zbuffer/line_draw.h"
+#include "zbuffer/polygon_dispatch.h"
+#include "zbuffer/raster_context.h"
+#include "zbuffer/screen_vertex.h"
+#include "zbuffer/span_fillers.h"
+#include "zbuffer/texture_binding.h"
+
+namespace {
+
+constexpr int kWidth = 1024, kHeight = 768;
+
+// The benchmark texture: 256 x 256, 32 bits, texel (s, t) = (R s, G t, B (s ^ t) / 2, A 255).
+class BenchTexture : public TPicture {
+public:
+    BenchTexture() : texels_(256 * 256 * 4) {
+        header_.biSize = 40;
+        header_.biWidth = 256;
+        header_.biHeight = 256;
+        header_.biPlanes = 1;
+        header_.biBitCount = 32;
+        for (int t = 0; t < 256; ++t)
+            for (int s = 0; s < 256; ++s) {
+                std::uint8_t* p = &texels_[(t * 256 + s) * 4];
+                p[0] = static_cast<std::uint8_t>((s ^ t) >> 1);
+                p[1] = static_cast<std::uint8_t>(t);
+                p[2] = static_cast<std::uint8_t>(s);
+                p[3] = 255;
+            }
+        header = &header_;
+        bits = texels_.data();
+        rowsTopDown = true;
+        texels32Ready = true;
+        width = height = 256;
+    }
+    ~BenchTexture() override = default;
+
+private:
+    q5_BITMAPINFOHEADER header_{};
+    std::vector<std::uint8_t> texels_;
+};
+
+struct Frame {
+    std::vector<std::uint8_t> colour = std::vector<std::uint8_t>(kWidth * kHeight * 4);
+    std::vector<std::int32_t> depth = std::vector<std::int32_t>(kWidth * kHeight);
+    RasterContext rc;
+    Frame() { AttachRasterBuffers(rc, colour.data(), depth.data(), kWidth, kHeight); }
+    void Clear() {
+        std::memset(colour.data(), 0, colour.size());
+        std::fill(depth.begin(), depth.end(), kDepthEmpty);
+    }
+};
+
+std::vector<ScreenVertex> ToScreen(const workload::RandomSet& set) {
+    std::vector<ScreenVertex> out;
+    out.reserve(set.triangles.size() * 3);
+    for (const workload::Triangle& t : set.triangles)
+        for (const workload::Vertex& v : t.v) {
+            ScreenVertex s{};
+            s.x = v.x16 * 16;
+            s.y = v.y16 * 16;
+            s.z = v.z;
+            s.red = v.r;
+            s.green = v.g;
+            s.blue = v.b;
+            // One texel per pixel, wrapping.
+            s.u = s.s = static_cast<float>(v.x16) / 16.0f / 256.0f;
+            s.v = s.t = static_cast<float>(v.y16) / 16.0f / 256.0f;
+            out.push_back(s);
+        }
+    return out;
+}
+
+const workload::RandomSet& FillSet() {
+    static const workload::RandomSet set = workload::Generate(false);
+    return set;
+}
+const workload::RandomSet& SmallSet() {
+    static const workload::RandomSet set = workload::Generate(true);
+    return set;
+}
+
+constexpr const char* kModeNames[kFillModeCount] = {"Flat",
+                                                    "Gouraud",
+                                                    "FlatBlended",
+                                                    "GouraudBlended",
+                                                    "FlatTextured",
+                                                    "GouraudTextured",
+                                                    "FlatTexturedBlended",
+                                                    "GouraudTexturedBlended",
+                                                    "FlatTextureAlpha",
+                                                    "GouraudTextureAlpha"};
+
+void PerFrameCounters(benchmark::State& state, double pixels, double triangles) {
+    state.counters["Mpixels/s"] =
+        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["Mtriangles/s"] =
+        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+// One frame: clear colour and depth, fill all 200 large triangles with one filler.
+void FillRate(benchmark::State& state, FillMode mode, bool depthAlwaysPasses) {
+    Frame frame;
+    BenchTexture texture;
+    q5_MATERIAL material;
+    material.textures[kSlotDiffuse] = &texture;
+    BindMaterialTexture(frame.rc, &material, kSlotDiffuse);
+    frame.rc.opacity = 128;
+    frame.rc.inverseOpacity = 127;
+    frame.rc.flatColour = RgbBytes{200, 120, 40};
+    frame.rc.depthAlwaysPasses = depthAlwaysPasses ? 1 : 0;
+
+    std::vector<ScreenVertex> vertices = ToScreen(FillSet());
+    const std::vector<ScreenVertex> pristine = vertices;
+    ScreenVertex* list[3];
+    for (auto _ : state) {
+        frame.Clear();
+        for (std::size_t i = 0; i < vertices.size(); i += 3) {
+            for (int k = 0; k < 3; ++k) list[k] = &vertices[i + k];
+            frame.rc.vertexList = list;
+            frame.rc.vertexCount = 3;
+            FillPolygon(frame.rc, mode);
+        }
+        benchmark::DoNotOptimize(frame.colour.data());
+        state.PauseTiming();
+        vertices = pristine;
+        state.ResumeTiming();
+    }
+    PerFrameCounters(state, FillSet().coveredPixels,
+                     static_cast<double>(FillSet().triangles.size()));
+}
+
+// One frame of 200,000 small Gouraud triangles through the untextured dispatch.
+void SmallTriangles(benchmark::State& state) {
+    Frame frame;
+    const std::vector<ScreenVertex> pristine = ToScreen(SmallSet());
+    std::vector<ScreenVertex> vertices = pristine;
+    ScreenVertex* list[3];
+    for (auto _ : state) {
+        frame.Clear();
+        for (std::size_t i = 0; i < vertices.size(); i += 3) {
+            for (int k = 0; k < 3; ++k) list[k] = &vertices[i + k];
+            frame.rc.vertexList = list;
+            DrawUntexturedPolygon(frame.rc, 3, 0);
+        }
+        benchmark::DoNotOptimize(frame.colour.data());
+        state.PauseTiming();
+        vertices = pristine;
+        state.ResumeTiming();
+    }
+    PerFrameCounters(state, SmallSet().coveredPixels,
+                     static_cast<double>(SmallSet().triangles.size()));
+}
+
+// Depth-tested lines along every edge of a triangle set, in the vertex colour.
+void Lines(benchmark::State& state, const workload::RandomSet& set) {
+    Frame frame;
+    const std::vector<ScreenVertex> vertices = ToScreen(set);
+    for (auto _ : state) {
+        frame.Clear();
+        for (std::size_t i = 0; i < vertices.size(); i += 3)
+            for (int k = 0; k < 3; ++k) {
+                const ScreenVertex& a = vertices[i + k];
+                const ScreenVertex& b = vertices[i + (k + 1) % 3];
+                DrawLine(frame.rc, PointOf(a), PointOf(b), RgbBytes{a.red, a.green, a.blue});
+            }
+        benchmark::DoNotOptimize(frame.colour.data());
+    }
+    state.counters["Mlines/s"] = benchmark::Counter(static_cast<double>(vertices.size()) * 1e-6,
+                                                    benchmark::Counter::kIsIterationInvariantRate);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    for (int m = 0; m < kFillModeCount; ++m)
+        benchmark::RegisterBenchmark((std::string("fill/") + kModeNames[m]).c_str(), FillRate,
+                                     static_cast<FillMode>(m), false)
+            ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("fillw/Gouraud", FillRate, FillMode::Gouraud, true)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("small/Gouraud", SmallTriangles)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("lines/fill-edges", Lines, std::cref(FillSet()))
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("lines/small-edges", Lines, std::cref(SmallSet()))
+        ->Unit(benchmark::kMillisecond);
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
