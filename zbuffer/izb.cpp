@@ -11,6 +11,7 @@
 #include "plugin/picture.h"
 #include "plugin/plugin_state.h"
 #include "plugin/view.h"
+#include "zbuffer/line_draw.h"
 #include "zbuffer/mark_list.h"
 #include "zbuffer/raster_context.h"
 
@@ -19,7 +20,7 @@ RendererGlobals& Renderer() {
     return globals;
 }
 
-IZB::IZB() {
+IZB::IZB() : lineRoutine(DrawLine) {
     ReadSettings();
 }
 

@@ -3,6 +3,11 @@
 
 #include "plugin/driver.h"
 
+struct RasterContext;
+struct ScreenPoint;
+struct RgbBytes;
+using LineRoutine = void (*)(RasterContext&, const ScreenPoint&, const ScreenPoint&, RgbBytes);
+
 // This driver's description of its surfaces; making the driver current copies it into
 // the rasterizer's context.
 struct SurfaceRecord {
@@ -81,7 +86,7 @@ public:
     q5_HMEM depthMemory = nullptr;
     q5_HBITMAP colourBitmap = nullptr;
     q5_HBITMAP savedBitmap = nullptr;
-    void (*lineRoutine)() = nullptr;
+    LineRoutine lineRoutine;
     std::uint32_t depthEntryCount = 0;
     std::uint32_t colourSize = 0;
     bool useTwoThreads = true;
