@@ -1,8 +1,8 @@
-# Writes a C++ source that defines a module's resource table from (type|name|file;...) in SPEC.
+# Writes a C++ source that defines a module's resource table from (type|name|file;...) in ENTRIES.
 set(body "// Generated: the module's resource table.\n#include \"core/platform/module_resources.h\"\n\nnamespace {\n")
 set(entries "")
 set(index 0)
-foreach(item IN LISTS SPEC)
+foreach(item IN LISTS ENTRIES)
     if(item STREQUAL "")
         continue()
     endif()

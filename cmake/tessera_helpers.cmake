@@ -14,7 +14,7 @@ function(tessera_embed_resources target)
     set(args ${ARGN})
     set(out ${CMAKE_CURRENT_BINARY_DIR}/${target}_resources.cpp)
     set(files)
-    set(spec)
+    set(entries)
     list(LENGTH args n)
     math(EXPR last "${n} - 1")
     foreach(i RANGE 0 ${last} 3)
@@ -24,10 +24,10 @@ function(tessera_embed_resources target)
         list(GET args ${j} name)
         list(GET args ${k} file)
         list(APPEND files ${file})
-        string(APPEND spec "${type}|${name}|${file};")
+        string(APPEND entries "${type}|${name}|${file};")
     endforeach()
     add_custom_command(OUTPUT ${out}
-        COMMAND ${CMAKE_COMMAND} "-DSPEC=${spec}" -DOUT=${out}
+        COMMAND ${CMAKE_COMMAND} "-DENTRIES=${entries}" -DOUT=${out}
                 -P ${PROJECT_SOURCE_DIR}/cmake/embed_resources.cmake
         DEPENDS ${files} ${PROJECT_SOURCE_DIR}/cmake/embed_resources.cmake
         COMMENT "Embedding resources of ${target}"

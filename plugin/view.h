@@ -3,6 +3,10 @@
 
 #include "core/platform/types.h"
 
+struct ScreenVertex;
+struct q5_MATERIAL;
+class q5_MESH;
+
 // Settings of the current render, owned by the host's view. The driver only reads the
 // values named by the driver queries (see DRIVER3D's callbacks) and the flags below.
 struct q5_RENDERSETTINGS {
@@ -32,6 +36,21 @@ public:
     virtual std::uint32_t SecondBackgroundColour() = 0;
     virtual std::uint32_t FadeColour() = 0;
     virtual double SupersampleFactor() = 0;
+
+    // Clipping and projection of face corners. Corners arrive as ScreenVertex records holding
+    // the view-space position as floats in x, y, z (bit patterns), the clip code, colours and
+    // s, t; the view clips them against its planes into `out` (count: 3 in, the result out;
+    // room for 16 records) and projects to x, y in 1/256 pixel and integer depth z.
+    virtual bool ClipPolygon(ScreenVertex* const corners[3], ScreenVertex* out, int& count) = 0;
+    virtual bool ClipTexturedPolygon(ScreenVertex* const corners[3], ScreenVertex* out,
+                                     int& count) = 0;
+    virtual void ProjectVertices(ScreenVertex* vertices, int count, int stride) = 0;
+    virtual void ProjectVertexList(ScreenVertex* const* vertices, int count) = 0;
+    // Projects one view-space point into `out` (x, y, z as for the others).
+    virtual void ProjectPoint(const float point[3], ScreenVertex& out) = 0;
+    // Makes the mesh's texture coordinates ready for the material's texture in `slot`.
+    virtual void PrepareTextureCoordinates(q5_MESH* mesh, const q5_MATERIAL* material,
+                                           int slot) = 0;
 
 protected:
     ~q5_VIEW() = default;

@@ -55,7 +55,7 @@ enum class Size : unsigned char {
     Wide
 };
 
-struct Spec {
+struct Conversion {
     bool left = false;
     bool plus = false;
     bool space = false;
@@ -117,95 +117,95 @@ int TakeSlot(const q5_WCHAR*& p, Numbering& numbering, bool allowsPosition) {
 }
 
 // Parses one conversion after its '%'; returns the position after it, or null when invalid.
-const q5_WCHAR* ParseSpec(const q5_WCHAR* p, Spec& spec, Numbering& numbering) {
+const q5_WCHAR* ParseConversion(const q5_WCHAR* p, Conversion& conv, Numbering& numbering) {
     const int position = ReadPosition(p);
     if (position < 0) return nullptr;
     if (position > 0 && !numbering.Use(Numbering::Mode::Positional)) return nullptr;
 
     for (;; ++p) {
         if (*p == u'-')
-            spec.left = true;
+            conv.left = true;
         else if (*p == u'+')
-            spec.plus = true;
+            conv.plus = true;
         else if (*p == u' ')
-            spec.space = true;
+            conv.space = true;
         else if (*p == u'#')
-            spec.alternate = true;
+            conv.alternate = true;
         else if (*p == u'0')
-            spec.zero = true;
+            conv.zero = true;
         else
             break;
     }
     if (*p == u'*') {
         ++p;
-        spec.widthArg = TakeSlot(p, numbering, true);
-        if (spec.widthArg < 0) return nullptr;
-    } else if (!ReadNumber(p, spec.width)) {
+        conv.widthArg = TakeSlot(p, numbering, true);
+        if (conv.widthArg < 0) return nullptr;
+    } else if (!ReadNumber(p, conv.width)) {
         return nullptr;
     }
     if (*p == u'.') {
         ++p;
-        spec.precision = 0;
+        conv.precision = 0;
         if (*p == u'*') {
             ++p;
-            spec.precisionArg = TakeSlot(p, numbering, true);
-            if (spec.precisionArg < 0) return nullptr;
-        } else if (!ReadNumber(p, spec.precision)) {
+            conv.precisionArg = TakeSlot(p, numbering, true);
+            if (conv.precisionArg < 0) return nullptr;
+        } else if (!ReadNumber(p, conv.precision)) {
             return nullptr;
         }
     }
 
     if (p[0] == u'h' && p[1] == u'h') {
-        spec.size = Size::Char;
+        conv.size = Size::Char;
         p += 2;
     } else if (p[0] == u'l' && p[1] == u'l') {
-        spec.size = Size::LongLong;
+        conv.size = Size::LongLong;
         p += 2;
     } else if (p[0] == u'I' && p[1] == u'6' && p[2] == u'4') {
-        spec.size = Size::Int64;
+        conv.size = Size::Int64;
         p += 3;
     } else if (p[0] == u'I' && p[1] == u'3' && p[2] == u'2') {
-        spec.size = Size::Int32;
+        conv.size = Size::Int32;
         p += 3;
     } else {
         switch (*p) {
         case u'h':
-            spec.size = Size::Short;
+            conv.size = Size::Short;
             break;
         case u'l':
-            spec.size = Size::Long;
+            conv.size = Size::Long;
             break;
         case u'I':
-            spec.size = Size::SizeT;
+            conv.size = Size::SizeT;
             break;
         case u'z':
-            spec.size = Size::SizeT;
+            conv.size = Size::SizeT;
             break;
         case u'j':
-            spec.size = Size::IntMax;
+            conv.size = Size::IntMax;
             break;
         case u't':
-            spec.size = Size::PtrDiff;
+            conv.size = Size::PtrDiff;
             break;
         case u'L':
-            spec.size = Size::LongDouble;
+            conv.size = Size::LongDouble;
             break;
         case u'w':
-            spec.size = Size::Wide;
+            conv.size = Size::Wide;
             break;
         default:
             break;
         }
-        if (spec.size != Size::None) ++p;
+        if (conv.size != Size::None) ++p;
     }
 
     if (*p == 0 || *p > 0x7F) return nullptr;
-    spec.conversion = static_cast<char>(*p++);
+    conv.conversion = static_cast<char>(*p++);
     if (position > 0) {
-        spec.valueArg = position - 1;
+        conv.valueArg = position - 1;
     } else {
-        spec.valueArg = TakeSlot(p, numbering, false);
-        if (spec.valueArg < 0) return nullptr;
+        conv.valueArg = TakeSlot(p, numbering, false);
+        if (conv.valueArg < 0) return nullptr;
     }
     return p;
 }
@@ -234,29 +234,29 @@ ArgType IntegerType(Size size) {
 }
 
 // The argument type a conversion reads; None when the combination is not supported.
-ArgType ValueType(const Spec& spec) {
-    switch (spec.conversion) {
+ArgType ValueType(const Conversion& conv) {
+    switch (conv.conversion) {
     case 'd':
     case 'i':
     case 'u':
     case 'x':
     case 'X':
     case 'o':
-        return IntegerType(spec.size);
+        return IntegerType(conv.size);
     case 'c':
     case 'C':
-        return (spec.size == Size::None || spec.size == Size::Short || spec.size == Size::Long ||
-                spec.size == Size::Wide)
+        return (conv.size == Size::None || conv.size == Size::Short || conv.size == Size::Long ||
+                conv.size == Size::Wide)
                    ? ArgType::Int
                    : ArgType::None;
     case 's':
-        if (spec.size == Size::Short) return ArgType::NarrowText;
-        return (spec.size == Size::None || spec.size == Size::Long || spec.size == Size::Wide)
+        if (conv.size == Size::Short) return ArgType::NarrowText;
+        return (conv.size == Size::None || conv.size == Size::Long || conv.size == Size::Wide)
                    ? ArgType::WideText
                    : ArgType::None;
     case 'S':
-        if (spec.size == Size::Long || spec.size == Size::Wide) return ArgType::WideText;
-        return (spec.size == Size::None || spec.size == Size::Short) ? ArgType::NarrowText
+        if (conv.size == Size::Long || conv.size == Size::Wide) return ArgType::WideText;
+        return (conv.size == Size::None || conv.size == Size::Short) ? ArgType::NarrowText
                                                                      : ArgType::None;
     case 'f':
     case 'F':
@@ -264,21 +264,21 @@ ArgType ValueType(const Spec& spec) {
     case 'E':
     case 'g':
     case 'G':
-        if (spec.size == Size::LongDouble) return ArgType::LongDouble;
-        return (spec.size == Size::None || spec.size == Size::Long) ? ArgType::Double
+        if (conv.size == Size::LongDouble) return ArgType::LongDouble;
+        return (conv.size == Size::None || conv.size == Size::Long) ? ArgType::Double
                                                                     : ArgType::None;
     case 'p':
-        return spec.size == Size::None ? ArgType::Pointer : ArgType::None;
+        return conv.size == Size::None ? ArgType::Pointer : ArgType::None;
     default:
         return ArgType::None;
     }
 }
 
 // True when the conversion writes a wide character or text (as opposed to a narrow one).
-bool IsWideText(const Spec& spec) {
-    const bool upper = spec.conversion == 'C' || spec.conversion == 'S';
-    if (spec.size == Size::Short) return false;
-    if (spec.size == Size::Long || spec.size == Size::Wide) return true;
+bool IsWideText(const Conversion& conv) {
+    const bool upper = conv.conversion == 'C' || conv.conversion == 'S';
+    if (conv.size == Size::Short) return false;
+    if (conv.size == Size::Long || conv.size == Size::Wide) return true;
     return !upper;
 }
 
@@ -355,15 +355,15 @@ struct Layout {
     int precision;
 };
 
-Layout Resolve(const Spec& spec, const ArgValue* values) {
-    Layout layout{spec.left, spec.width, spec.precision};
-    if (spec.widthArg >= 0) {
-        const long long width = static_cast<int>(values[spec.widthArg].integer);
+Layout Resolve(const Conversion& conv, const ArgValue* values) {
+    Layout layout{conv.left, conv.width, conv.precision};
+    if (conv.widthArg >= 0) {
+        const long long width = static_cast<int>(values[conv.widthArg].integer);
         layout.left = layout.left || width < 0;
         layout.width = width < 0 ? -width : width;
     }
-    if (spec.precisionArg >= 0) {
-        const int precision = static_cast<int>(values[spec.precisionArg].integer);
+    if (conv.precisionArg >= 0) {
+        const int precision = static_cast<int>(values[conv.precisionArg].integer);
         layout.precision = precision < 0 ? -1 : precision;
     }
     return layout;
@@ -389,10 +389,10 @@ int SizeBits(Size size) {
     }
 }
 
-void RenderInteger(Sink& out, const Spec& spec, const Layout& layout, unsigned long long raw) {
-    const int bits = spec.conversion == 'p' ? 64 : SizeBits(spec.size);
+void RenderInteger(Sink& out, const Conversion& conv, const Layout& layout, unsigned long long raw) {
+    const int bits = conv.conversion == 'p' ? 64 : SizeBits(conv.size);
     const unsigned long long mask = bits == 64 ? ~0ULL : (1ULL << bits) - 1;
-    const bool isSigned = spec.conversion == 'd' || spec.conversion == 'i';
+    const bool isSigned = conv.conversion == 'd' || conv.conversion == 'i';
     unsigned long long magnitude = raw & mask;
     char sign = 0;
     if (isSigned) {
@@ -400,40 +400,40 @@ void RenderInteger(Sink& out, const Spec& spec, const Layout& layout, unsigned l
         if (magnitude & top) {
             magnitude = (~magnitude + 1) & mask;
             sign = '-';
-        } else if (spec.plus) {
+        } else if (conv.plus) {
             sign = '+';
-        } else if (spec.space) {
+        } else if (conv.space) {
             sign = ' ';
         }
     }
 
-    const unsigned base = spec.conversion == 'o'                 ? 8
-                          : (isSigned || spec.conversion == 'u') ? 10
+    const unsigned base = conv.conversion == 'o'                 ? 8
+                          : (isSigned || conv.conversion == 'u') ? 10
                                                                  : 16;
-    const char* digitSet = (spec.conversion == 'X' || spec.conversion == 'p') ? "0123456789ABCDEF"
+    const char* digitSet = (conv.conversion == 'X' || conv.conversion == 'p') ? "0123456789ABCDEF"
                                                                               : "0123456789abcdef";
     char digits[24];
     int length = 0;
     for (unsigned long long v = magnitude; v != 0; v /= base) digits[length++] = digitSet[v % base];
 
     int precision = layout.precision;
-    if (spec.conversion == 'p' && precision < 0) precision = static_cast<int>(sizeof(void*) * 2);
+    if (conv.conversion == 'p' && precision < 0) precision = static_cast<int>(sizeof(void*) * 2);
     const int minimum = precision < 0 ? 1 : precision;
     int zeros = minimum > length ? minimum - length : 0;
     // '#' with octal makes the first digit a zero.
-    if (spec.conversion == 'o' && spec.alternate && zeros == 0 &&
+    if (conv.conversion == 'o' && conv.alternate && zeros == 0 &&
         (length == 0 || digits[length - 1] != '0'))
         zeros = 1;
     const char* prefix = "";
-    if (spec.alternate && magnitude != 0) {
-        if (spec.conversion == 'x') prefix = "0x";
-        if (spec.conversion == 'X' || spec.conversion == 'p') prefix = "0X";
+    if (conv.alternate && magnitude != 0) {
+        if (conv.conversion == 'x') prefix = "0x";
+        if (conv.conversion == 'X' || conv.conversion == 'p') prefix = "0X";
     }
 
     const long long body =
         (sign ? 1 : 0) + static_cast<long long>(std::strlen(prefix)) + zeros + length;
     const long long padding = layout.width > body ? layout.width - body : 0;
-    const bool zeroPad = spec.zero && !layout.left && precision < 0;
+    const bool zeroPad = conv.zero && !layout.left && precision < 0;
     if (!layout.left && !zeroPad) out.Repeat(u' ', padding);
     if (sign) out.Put(static_cast<q5_WCHAR>(sign));
     out.PutAscii(prefix, std::strlen(prefix));
@@ -476,9 +476,9 @@ void RenderNarrowText(Sink& out, const Layout& layout, const char* text) {
     RenderUnits(out, layout, wide.c_str(), BoundedLength(wide.c_str(), layout.precision));
 }
 
-void RenderCharacter(Sink& out, const Spec& spec, const Layout& layout, long long value) {
+void RenderCharacter(Sink& out, const Conversion& conv, const Layout& layout, long long value) {
     q5_WCHAR unit = static_cast<q5_WCHAR>(value);
-    if (!IsWideText(spec)) {
+    if (!IsWideText(conv)) {
         const char byte = static_cast<char>(value);
         const auto codePage = static_cast<std::uint32_t>(q5GetNarrowCodePage());
         if (q5plat::MultiByteToWide(codePage, 0, &byte, 1, &unit, 1) != 1) unit = 0xFFFD;
@@ -495,15 +495,15 @@ void TrimExponent(std::string& text) {
 }
 
 template <typename Real>
-void RenderReal(Sink& out, const Spec& spec, const Layout& layout, Real value) {
+void RenderReal(Sink& out, const Conversion& conv, const Layout& layout, Real value) {
     // The C library writes the digits; width and padding are applied here.
     std::string format = "%";
-    if (spec.plus) format += '+';
-    if (spec.space) format += ' ';
-    if (spec.alternate) format += '#';
+    if (conv.plus) format += '+';
+    if (conv.space) format += ' ';
+    if (conv.alternate) format += '#';
     if (layout.precision >= 0) format += "." + std::to_string(layout.precision);
     if constexpr (std::is_same_v<Real, long double>) format += 'L';
-    format += spec.conversion;
+    format += conv.conversion;
 
     char local[512];
     std::string text;
@@ -525,7 +525,7 @@ void RenderReal(Sink& out, const Spec& spec, const Layout& layout, Real value) {
         ((text[signLength] >= '0' && text[signLength] <= '9') || text[signLength] == '.');
     const long long length = static_cast<long long>(text.size());
     const long long padding = layout.width > length ? layout.width - length : 0;
-    const bool zeroPad = spec.zero && !layout.left && finite;
+    const bool zeroPad = conv.zero && !layout.left && finite;
     if (!layout.left && !zeroPad) out.Repeat(u' ', padding);
     out.PutAscii(text.data(), signLength);
     if (zeroPad) out.Repeat(u'0', padding);
@@ -533,15 +533,15 @@ void RenderReal(Sink& out, const Spec& spec, const Layout& layout, Real value) {
     if (layout.left) out.Repeat(u' ', padding);
 }
 
-void Render(Sink& out, const Spec& spec, const ArgValue* values) {
-    const Layout layout = Resolve(spec, values);
-    const ArgValue& value = values[spec.valueArg];
-    switch (ValueType(spec)) {
+void Render(Sink& out, const Conversion& conv, const ArgValue* values) {
+    const Layout layout = Resolve(conv, values);
+    const ArgValue& value = values[conv.valueArg];
+    switch (ValueType(conv)) {
     case ArgType::Double:
-        RenderReal(out, spec, layout, value.real);
+        RenderReal(out, conv, layout, value.real);
         break;
     case ArgType::LongDouble:
-        RenderReal(out, spec, layout, value.longReal);
+        RenderReal(out, conv, layout, value.longReal);
         break;
     case ArgType::WideText:
         RenderWideText(out, layout, value.wide);
@@ -550,13 +550,13 @@ void Render(Sink& out, const Spec& spec, const ArgValue* values) {
         RenderNarrowText(out, layout, value.narrow);
         break;
     case ArgType::Pointer:
-        RenderInteger(out, spec, layout, reinterpret_cast<std::uintptr_t>(value.pointer));
+        RenderInteger(out, conv, layout, reinterpret_cast<std::uintptr_t>(value.pointer));
         break;
     default:
-        if (spec.conversion == 'c' || spec.conversion == 'C')
-            RenderCharacter(out, spec, layout, value.integer);
+        if (conv.conversion == 'c' || conv.conversion == 'C')
+            RenderCharacter(out, conv, layout, value.integer);
         else
-            RenderInteger(out, spec, layout, static_cast<unsigned long long>(value.integer));
+            RenderInteger(out, conv, layout, static_cast<unsigned long long>(value.integer));
         break;
     }
 }
@@ -591,14 +591,14 @@ int q5vsprintf(q5_WCHAR* buffer, std::size_t capacity, const q5_WCHAR* format, s
             ++p;
             continue;
         }
-        Spec spec;
-        p = ParseSpec(p, spec, numbering);
+        Conversion conv;
+        p = ParseConversion(p, conv, numbering);
         if (p == nullptr) return Fail(out);
-        if (spec.widthArg >= 0 && !Claim(types, spec.widthArg, ArgType::Int, count))
+        if (conv.widthArg >= 0 && !Claim(types, conv.widthArg, ArgType::Int, count))
             return Fail(out);
-        if (spec.precisionArg >= 0 && !Claim(types, spec.precisionArg, ArgType::Int, count))
+        if (conv.precisionArg >= 0 && !Claim(types, conv.precisionArg, ArgType::Int, count))
             return Fail(out);
-        if (!Claim(types, spec.valueArg, ValueType(spec), count)) return Fail(out);
+        if (!Claim(types, conv.valueArg, ValueType(conv), count)) return Fail(out);
     }
 
     // The arguments, read in position order; a gap leaves a type unknown.
@@ -626,9 +626,9 @@ int q5vsprintf(q5_WCHAR* buffer, std::size_t capacity, const q5_WCHAR* format, s
             out.Put(*p++);
             continue;
         }
-        Spec spec;
-        p = ParseSpec(p, spec, numbering);
-        Render(out, spec, values);
+        Conversion conv;
+        p = ParseConversion(p, conv, numbering);
+        Render(out, conv, values);
     }
 
     if (out.Count() > static_cast<std::size_t>(INT_MAX)) return Fail(out);

@@ -24,4 +24,12 @@ public:
     std::uint32_t SecondBackgroundColour() override { return secondBackground; }
     std::uint32_t FadeColour() override { return fade; }
     double SupersampleFactor() override { return supersample; }
+
+    // Geometry is not exercised through this view: nothing survives clipping.
+    bool ClipPolygon(ScreenVertex* const*, ScreenVertex*, int&) override { return false; }
+    bool ClipTexturedPolygon(ScreenVertex* const*, ScreenVertex*, int&) override { return false; }
+    void ProjectVertices(ScreenVertex*, int, int) override {}
+    void ProjectVertexList(ScreenVertex* const*, int) override {}
+    void ProjectPoint(const float*, ScreenVertex&) override {}
+    void PrepareTextureCoordinates(q5_MESH*, const q5_MATERIAL*, int) override {}
 };
