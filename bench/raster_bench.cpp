@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "bench/osmesa_peer.h"
 #include "bench/workloads.h"
 #include "plugin/material.h"
 #include "plugin/picture.h"
+#include "zbuffer/back_face.h"
 #include "zbuffer/fixed_point.h"
 #include "zbuffer/line_draw.h"
 #include "zbuffer/polygon_dispatch.h"
@@ -182,20 +184,115 @@ void Lines(benchmark::State& state, const workload::RandomSet& set) {
                                                     benchmark::Counter::kIsIterationInvariantRate);
 }
 
+const workload::Mesh& MeshSet() {
+    static const workload::Mesh mesh = workload::GenerateMesh();
+    return mesh;
+}
+
+// The ellipsoid mesh at 1920 x 1080, straight into the rasterizer (no host view).
+void MeshFrame(benchmark::State& state, bool cull) {
+    constexpr int W = workload::Mesh::kWidth, H = workload::Mesh::kHeight;
+    std::vector<std::uint8_t> colour(static_cast<std::size_t>(W) * H * 4);
+    std::vector<std::int32_t> depth(static_cast<std::size_t>(W) * H);
+    RasterContext rc;
+    AttachRasterBuffers(rc, colour.data(), depth.data(), W, H);
+    const workload::Mesh& mesh = MeshSet();
+    std::vector<ScreenVertex> projected;
+    for (const workload::MeshVertex& v : mesh.vertices) {
+        ScreenVertex s{};
+        s.x = static_cast<std::int32_t>(v.x * 256.0);
+        s.y = static_cast<std::int32_t>(v.y * 256.0);
+        s.z = static_cast<std::int32_t>(v.z * 16777216.0);
+        s.red = v.r;
+        s.green = v.g;
+        s.blue = v.b;
+        projected.push_back(s);
+    }
+    ScreenVertex corners[3];
+    ScreenVertex* list[3] = {&corners[0], &corners[1], &corners[2]};
+    for (auto _ : state) {
+        std::memset(colour.data(), 0, colour.size());
+        std::fill(depth.begin(), depth.end(), kDepthEmpty);
+        for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+            for (int k = 0; k < 3; ++k) corners[k] = projected[mesh.indices[i + k]];
+            if (cull && !PassesBackFaceTest(list, 3)) continue;
+            rc.vertexList = list;
+            DrawUntexturedPolygon(rc, 3, 0);
+        }
+        benchmark::DoNotOptimize(colour.data());
+    }
+    PerFrameCounters(state, mesh.coveredPixels, static_cast<double>(mesh.indices.size() / 3));
+    state.counters["written%"] =
+        100.0 *
+        static_cast<double>(std::count_if(depth.begin(), depth.end(),
+                                          [](std::int32_t d) { return d != kDepthEmpty; })) /
+        (W * H);
+}
+
+// The same frames through llvmpipe (OSMesa), one thread.
+void PeerRandom(benchmark::State& state, bool small) {
+    const workload::RandomSet& set = small ? SmallSet() : FillSet();
+    auto peer = OsmesaPeer::Create(set.width, set.height);
+    if (!peer) {
+        state.SkipWithError("no OSMesa context");
+        return;
+    }
+    state.SetLabel(peer->Renderer());
+    for (auto _ : state) peer->DrawRandomSet(set);
+    PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
+}
+
+void PeerMesh(benchmark::State& state, bool cull) {
+    auto peer = OsmesaPeer::Create(workload::Mesh::kWidth, workload::Mesh::kHeight);
+    if (!peer) {
+        state.SkipWithError("no OSMesa context");
+        return;
+    }
+    state.SetLabel(peer->Renderer());
+    for (auto _ : state) peer->DrawMesh(MeshSet(), cull);
+    PerFrameCounters(state, MeshSet().coveredPixels,
+                     static_cast<double>(MeshSet().indices.size() / 3));
+    state.counters["written%"] = peer->WrittenPercent();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     for (int m = 0; m < kFillModeCount; ++m)
         benchmark::RegisterBenchmark((std::string("fill/") + kModeNames[m]).c_str(), FillRate,
                                      static_cast<FillMode>(m), false)
-            ->Unit(benchmark::kMillisecond);
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     benchmark::RegisterBenchmark("fillw/Gouraud", FillRate, FillMode::Gouraud, true)
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("small/Gouraud", SmallTriangles)->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("small/Gouraud", SmallTriangles)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("lines/fill-edges", Lines, std::cref(FillSet()))
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::RegisterBenchmark("lines/small-edges", Lines, std::cref(SmallSet()))
-        ->Unit(benchmark::kMillisecond);
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("mesh/tessera", MeshFrame, false)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("meshcull/tessera", MeshFrame, true)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("fill/llvmpipe", PeerRandom, false)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("small/llvmpipe", PeerRandom, true)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("mesh/llvmpipe", PeerMesh, false)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("meshcull/llvmpipe", PeerMesh, true)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();
