@@ -12,6 +12,7 @@ struct q5_FACERUN;
 struct q5_RENDERSTATE;
 struct q5_SCREENQUAD;
 struct ScreenVertex;
+struct MATRIX3D;
 
 struct q5_FPOINT {
     float x, y;
@@ -42,8 +43,10 @@ public:
     virtual bool GetDriverString(q5_WCHAR* buffer, std::int32_t kind) = 0;
     virtual bool ShowOptions(q5_HWND parent) = 0;
     virtual bool Unnamed17() = 0;
-    virtual std::int32_t DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run,
-                                             q5_RENDERSTATE* state) = 0;
+    // Draws the faces with the mesh's vertex positions placed by `placement` first (null: as
+    // they are).
+    virtual std::int32_t DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERSTATE* state,
+                                             const MATRIX3D* placement) = 0;
     virtual std::int32_t DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) = 0;
     virtual std::int32_t SetMatrix(const float* matrix4x4) = 0;
     virtual void DepthOffset(std::uint32_t n) = 0;

@@ -1,6 +1,9 @@
 // IZB: the software Z-buffer render driver, the one concrete DRIVER3D of this module.
 #pragma once
 
+#include <vector>
+
+#include "core/math/point.h"
 #include "plugin/driver.h"
 
 struct RasterContext;
@@ -38,8 +41,8 @@ public:
     bool GetDriverString(q5_WCHAR* buffer, std::int32_t kind) override;
     bool ShowOptions(q5_HWND parent) override;
     bool Unnamed17() override;
-    std::int32_t DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run,
-                                     q5_RENDERSTATE* state) override;
+    std::int32_t DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERSTATE* state,
+                                     const MATRIX3D* placement) override;
     std::int32_t DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) override;
     std::int32_t SetMatrix(const float* matrix4x4) override;
     void DepthOffset(std::uint32_t n) override;
@@ -113,6 +116,10 @@ private:
     void BeginSupersampled();
     void EndSupersampled();
     void DestroySurfacesOnRelease();
+
+    // Vertex positions placed by DrawFaceGroupPlaced; grows to the largest mesh seen, so no
+    // face group allocates once that size is reached.
+    std::vector<POINT3D> placedPositions_;
 };
 
 // Process-wide renderer state beside the rasterizer's context.

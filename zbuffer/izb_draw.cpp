@@ -1,7 +1,10 @@
-// IZB drawing operations: screen primitives handed to the rasterizer through the module's
-// context. The face-group walks (operations 18 and 49) are not built yet and draw nothing.
+// IZB drawing operations: face groups, and screen primitives handed to the rasterizer through
+// the module's context.
 #include <algorithm>
 
+#include "core/math/matrix3d.h"
+#include "plugin/mesh.h"
+#include "zbuffer/face_group.h"
 #include "zbuffer/izb.h"
 #include "zbuffer/line_draw.h"
 #include "zbuffer/point_plot.h"
@@ -53,11 +56,29 @@ ScreenVertex Corner(std::int32_t x, std::int32_t y, RgbBytes c) {
 
 } // namespace
 
-std::int32_t IZB::DrawFaceGroupPlaced(q5_MESH*, q5_FACERUN*, q5_RENDERSTATE*) {
-    return 0;
+std::int32_t IZB::DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERSTATE* state,
+                                      const MATRIX3D* placement) {
+    if (placement == nullptr || mesh == nullptr || mesh->vertices == nullptr)
+        return DrawFaceGroup(mesh, run, state);
+    if (view == nullptr || run == nullptr) return -1;
+    const std::uint32_t n = mesh->vertexCount;
+    if (placedPositions_.size() < n) placedPositions_.resize(n);
+    for (std::uint32_t i = 0; i < n; ++i) {
+        const q5_MESHVERTEX& v = mesh->vertices[i];
+        placedPositions_[i] = POINT3D(v.x, v.y, v.z);
+    }
+    placement->TransformPoints(placedPositions_.data(), static_cast<int>(n));
+    const q5_RENDERSTATE defaults;
+    FaceTarget target{ModuleRasterContext(), *view, lineRoutine};
+    return DrawFaceRun(target, *mesh, *run, state != nullptr ? *state : defaults,
+                       placedPositions_.data());
 }
-std::int32_t IZB::DrawFaceGroup(q5_MESH*, q5_FACERUN*, q5_RENDERSTATE*) {
-    return 0;
+
+std::int32_t IZB::DrawFaceGroup(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERSTATE* state) {
+    if (view == nullptr || mesh == nullptr || run == nullptr) return -1;
+    const q5_RENDERSTATE defaults;
+    FaceTarget target{ModuleRasterContext(), *view, lineRoutine};
+    return DrawFaceRun(target, *mesh, *run, state != nullptr ? *state : defaults);
 }
 
 std::int32_t IZB::DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) {

@@ -46,7 +46,7 @@ q5_COLLECTION::~q5_COLLECTION() {
 }
 
 void* q5_COLLECTION::DestroyObject(std::uint32_t flags) {
-    this->~q5_COLLECTION();
+    this->q5_COLLECTION::~q5_COLLECTION();
     if ((flags & 1) != 0) ::operator delete(this);
     return this;
 }
@@ -208,7 +208,7 @@ q5_SORTEDCOLLECTION::q5_SORTEDCOLLECTION(q5_ITEMCOMPAREPROC compare)
     : q5_COLLECTION(32, 16), compare_(compare) {}
 
 void* q5_SORTEDCOLLECTION::DestroyObject(std::uint32_t flags) {
-    this->~q5_SORTEDCOLLECTION();
+    this->q5_SORTEDCOLLECTION::~q5_SORTEDCOLLECTION();
     if ((flags & 1) != 0) ::operator delete(this);
     return this;
 }

@@ -2,6 +2,7 @@
 #include "core/containers/guid.h"
 
 #include "core/services/text_convert.h"
+#include "core/stream/stream.h"
 
 #include <cstdio>
 #include <cstring>
@@ -53,9 +54,9 @@ bool q5_GUID::FromStr(const char* text) {
     SetNull();
     if (text == nullptr) return false;
     unsigned long f[10] = {};
-    const int read = std::sscanf(text, "{%08lX-%04lX-%04lX-%04lX-%02lX%02lX%02lX%02lX%02lX%02lX}",
-                                 &f[0], &f[1], &f[2], &f[3], &f[4], &f[5], &f[6], &f[7], &f[8],
-                                 &f[9]);
+    const int read =
+        std::sscanf(text, "{%08lX-%04lX-%04lX-%04lX-%02lX%02lX%02lX%02lX%02lX%02lX}", &f[0], &f[1],
+                    &f[2], &f[3], &f[4], &f[5], &f[6], &f[7], &f[8], &f[9]);
     // Fields that were not read are still 0, so storing all ten keeps the ones that were.
     Data1 = static_cast<std::uint32_t>(f[0]);
     Data2 = static_cast<std::uint16_t>(f[1]);
@@ -70,4 +71,22 @@ bool q5_GUID::FromStr(const q5_WCHAR* text) {
     char narrow[64];
     WtoAex(text, narrow, sizeof narrow);
     return FromStr(narrow);
+}
+
+Q5RESULT q5_GUID::Save(q5_STREAM* stream, std::uint16_t chunkId) const {
+    if (chunkId != 0) stream->NewChunk(chunkId);
+    stream->WriteLong(Data1);
+    stream->WriteWord(Data2);
+    stream->WriteWord(Data3);
+    stream->Write(Data4, sizeof Data4);
+    if (chunkId != 0) stream->CloseChunk();
+    return Q5_OK;
+}
+
+Q5RESULT q5_GUID::Load(q5_STREAM* stream) {
+    Data1 = stream->ReadLong();
+    Data2 = stream->ReadWord();
+    Data3 = stream->ReadWord();
+    stream->Read(Data4, sizeof Data4);
+    return Q5_OK;
 }

@@ -3,6 +3,8 @@
 
 #include "core/platform/types.h"
 
+class q5_STREAM;
+
 struct q5_GUID {
     std::uint32_t Data1;
     std::uint16_t Data2;
@@ -22,6 +24,11 @@ struct q5_GUID {
     bool FromStr(const char* text);
     // Converts to the narrow code page (64 bytes at most) and reads that.
     bool FromStr(const q5_WCHAR* text);
+
+    // Data1, Data2 and Data3 in the stream's byte order, then Data4 as it stands; with a chunk
+    // id inside a chunk of its own. Both return 1; Load opens no chunk.
+    Q5RESULT Save(q5_STREAM* stream, std::uint16_t chunkId) const;
+    Q5RESULT Load(q5_STREAM* stream);
 };
 
 static_assert(sizeof(q5_GUID) == 16);

@@ -3,6 +3,8 @@
 
 #include "core/platform/types.h"
 
+class q5_STREAM;
+
 // The empty string owns no buffer; a buffer, when present, holds length + 1 units with a
 // terminator. Allocation failure leaves the previous text and makes the operation fail.
 class q5_STRING {
@@ -47,6 +49,14 @@ public:
     // A null text, or this string empty, gives +1 when this is non-empty and -1 otherwise.
     std::int32_t Compare(const q5_WCHAR* text) const;
     std::int32_t CompareNoCase(const q5_STRING& other) const;
+
+    // Persisted form: a signed 16-bit count, then the low bytes of the units when all are below
+    // 256, or else the negated count and the 16-bit units in the stream's byte order.
+    // Load opens no chunk; it returns 1, or -12 when the buffer cannot be had.
+    Q5RESULT Load(q5_STREAM* stream);
+    // With a chunk id the text goes into a chunk of its own. The empty string writes the count
+    // 0 without a chunk id and nothing at all with one, and returns 0; other strings return 1.
+    Q5RESULT Save(q5_STREAM* stream, std::uint16_t chunkId) const;
 
 private:
     bool Resize(std::uint32_t n);

@@ -113,7 +113,14 @@ struct MATRIX3D {
     void Set3DSCamera(POINT3D& direction, float roll);
     void SetAlignVectors(POINT3D from, POINT3D to);
 
-    // Save and Load of the compact masked form are added with the stream classes.
+    // Compact form: a 16-bit mask of the elements that differ from the identity, then those
+    // elements. Inside a chunk of its own (non-zero id) they are floats when every one of them
+    // is a float exactly, otherwise doubles; without a chunk always doubles, because only a
+    // chunk's size tells the reader the width. The identity writes nothing unless forced.
+    // Load reads floats when the open chunk's payload is exactly mask plus floats. Both
+    // return 1.
+    Q5RESULT Save(q5_STREAM* stream, unsigned short chunkId, bool force) const;
+    Q5RESULT Load(q5_STREAM* stream);
 
 private:
     void p_Transform(const POINT3D& in, POINT3D& out) const;

@@ -1,6 +1,9 @@
 // Point and direction value types of the geometry library, with the 32-bit normal encoding.
 #pragma once
 
+#include "core/platform/types.h"
+
+class q5_STREAM;
 struct QUAT;
 
 struct POINT2D {
@@ -40,7 +43,10 @@ struct POINT3D {
     unsigned int EncodeNormal(unsigned int steps) const;
     void DecodeNormal(unsigned int code, unsigned int steps);
 
-    // Load and Save through q5_STREAM are added with the stream classes.
+    // x, y, z as three 4-byte floats in the stream's byte order; with a non-zero chunk id
+    // inside a chunk of its own. 1, or -8 when the stream failed.
+    Q5RESULT Load(q5_STREAM* stream);
+    Q5RESULT Save(q5_STREAM* stream, unsigned short chunkId) const;
 
 private:
     static constexpr float POINT3D::*kMembers[3] = {&POINT3D::x, &POINT3D::y, &POINT3D::z};

@@ -12,10 +12,10 @@ using FileHandle = void*;
 inline constexpr int kMaxPath = 260;
 
 enum class FileOpen {
-    ReadExisting,      // read only, others may read and write
+    ReadExisting,       // read only, others may read and write
     ReadExistingShared, // read only, others may only read: a file open for writing fails
-    CreateReadWrite,   // created or emptied, others may read
-    ReadWriteExisting, // others may read
+    CreateReadWrite,    // created or emptied, others may read
+    ReadWriteExisting,  // others may read
 };
 
 // Origins of SeekFile.
@@ -52,8 +52,8 @@ std::uint32_t GetTempPath(std::uint32_t size, q5_WCHAR* out);
 // folder + separator + the first three units of prefix + a hex number + ".TMP" into out
 // (kMaxPath units). With unique 0 a number is chosen whose file does not exist and the file is
 // created; otherwise the name is only made. The number used, or 0 on failure.
-std::uint32_t GetTempFileName(const q5_WCHAR* folder, const q5_WCHAR* prefix,
-                              std::uint32_t unique, q5_WCHAR* out);
+std::uint32_t GetTempFileName(const q5_WCHAR* folder, const q5_WCHAR* prefix, std::uint32_t unique,
+                              q5_WCHAR* out);
 // The short (8.3) form of an existing name; POSIX has none, so the name itself. Result as
 // GetTempPath.
 std::uint32_t GetShortPathName(const q5_WCHAR* name, q5_WCHAR* out, std::uint32_t size);

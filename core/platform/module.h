@@ -19,6 +19,10 @@ bool IsLibraryLoaded(const char* fileName);
 // The handle of the module that contains this code (the plug-in itself, or the program).
 q5_HINSTANCE OwnModule();
 
+// Full file name of the running program in narrow text; its length, or 0 when it is unknown
+// or does not fit in size units with the terminator.
+std::uint32_t GetProgramFileNameA(char* out, std::uint32_t size);
+
 // Loads a library with the activation context made from `contextModule`'s manifest
 // (resource 2) active; without a usable context the load proceeds plainly. The context is
 // made once per process, from the first module asked for.

@@ -40,7 +40,10 @@ public:
     bool GetDriverString(q5_WCHAR*, std::int32_t) override { return true; }
     bool ShowOptions(q5_HWND) override { return false; }
     bool Unnamed17() override { return true; }
-    std::int32_t DrawFaceGroupPlaced(q5_MESH*, q5_FACERUN*, q5_RENDERSTATE*) override { return 0; }
+    std::int32_t DrawFaceGroupPlaced(q5_MESH*, q5_FACERUN*, q5_RENDERSTATE*,
+                                     const MATRIX3D*) override {
+        return 0;
+    }
     std::int32_t DrawScreenPolygon(const ScreenVertex*, std::int32_t) override { return 0; }
     std::int32_t SetMatrix(const float*) override { return 1; }
     void DepthOffset(std::uint32_t) override {}

@@ -1,0 +1,176 @@
+// The reference host's API object.
+#include "host/app/host_api.h"
+
+#include <cstdio>
+
+#include "core/services/host_link.h"
+#include "core/services/language_table.h"
+#include "core/services/text_convert.h"
+#include "host/app/plugin_module.h"
+#include "plugin/driver.h"
+
+// The host's record of a loaded module: its string table and name.
+class HostAPI::Record final : public q5_PLUGINRECORD {
+public:
+    Record(q5_HINSTANCE module, std::u16string name) : module_(module), name_(std::move(name)) {}
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+    ~Record() { delete table_; }
+
+    q5_LANGUAGETABLE* GetLanguageTable() override { return table_; }
+    void SetLanguageTable(q5_LANGUAGETABLE* table) override {
+        if (table != table_) delete table_;
+        table_ = table;
+    }
+    const q5_WCHAR* GetName() override { return name_.c_str(); }
+    q5_HINSTANCE Module() const { return module_; }
+
+private:
+    q5_HINSTANCE module_;
+    std::u16string name_;
+    q5_LANGUAGETABLE* table_ = nullptr;
+};
+
+namespace {
+
+std::u16string Wide(const std::string& utf8) {
+    const int n = UTF8toWideString(utf8.c_str(), nullptr, 0);
+    if (n <= 1) return {};
+    std::u16string out(static_cast<std::size_t>(n), u'\0');
+    UTF8toWideString(utf8.c_str(), out.data(), n);
+    out.resize(static_cast<std::size_t>(n - 1));
+    return out;
+}
+
+bool CopyOut(const std::u16string& text, q5_WCHAR* out, std::int32_t size) {
+    if (out == nullptr || size < 1 || text.size() >= static_cast<std::size_t>(size)) return false;
+    text.copy(out, text.size());
+    out[text.size()] = 0;
+    return true;
+}
+
+const char* LevelName(std::int32_t level) {
+    switch (level) {
+    case kReportInfo:
+        return "info";
+    case kReportError:
+        return "error";
+    default:
+        return "warning";
+    }
+}
+
+} // namespace
+
+HostAPI::HostAPI(IniSettings& settings) : settings_(settings) {
+    q5SetHostAPI(this);
+}
+
+HostAPI::~HostAPI() {
+    if (q5GetHostAPI() == this) q5SetHostAPI(nullptr);
+}
+
+std::string HostAPI::Utf8(const q5_WCHAR* text) {
+    if (text == nullptr) return {};
+    const int n = WidetoUTF8String(text, nullptr, 0);
+    if (n <= 1) return {};
+    std::string out(static_cast<std::size_t>(n), '\0');
+    WidetoUTF8String(text, out.data(), n);
+    out.resize(static_cast<std::size_t>(n - 1));
+    return out;
+}
+
+void HostAPI::Emit(std::int32_t level, const std::string& text) {
+    if (level == kReportError) ++errors_;
+    if (sink_) {
+        sink_(level, text);
+        return;
+    }
+    std::fprintf(stderr, "%s: %s: %s\n", program_.c_str(), LevelName(level), text.c_str());
+}
+
+HostAPI::Record* HostAPI::RecordOf(q5_HINSTANCE module) {
+    for (auto& r : records_)
+        if (r->Module() == module) return r.get();
+    return nullptr;
+}
+
+std::uint64_t HostAPI::OpenStringTable(q5_HINSTANCE module) {
+    if (module == nullptr) return 0;
+    if (RecordOf(module) == nullptr) {
+        std::u16string name = u"module";
+        if (module_ != nullptr && module_->Handle() == module) name = Wide(module_->Path());
+        records_.push_back(std::make_unique<Record>(module, std::move(name)));
+    }
+    return q5OpenStringTable(module);
+}
+
+const q5_WCHAR* HostAPI::LGetString(std::uint64_t table, std::int32_t id) {
+    return q5LGetString(table, id);
+}
+
+void HostAPI::RegisterDriver(q5_HINSTANCE, const char* name, std::uint32_t flags,
+                             const q5_WCHAR* displayName) {
+    registrations_.push_back(
+        {name != nullptr ? name : "", flags, displayName != nullptr ? displayName : u""});
+}
+
+DRIVER3D* HostAPI::CreateDriverByName(const char* name) {
+    if (module_ == nullptr || name == nullptr) return nullptr;
+    return reinterpret_cast<DRIVER3D*>(
+        module_->Send(PLUGIN_MSG_CREATE, reinterpret_cast<std::intptr_t>(name)));
+}
+
+void HostAPI::ReportMessageA(std::int32_t level, const char* text) {
+    Emit(level, text != nullptr ? text : "");
+}
+
+void HostAPI::ReportMessage(std::int32_t level, const q5_WCHAR* text) {
+    Emit(level, Utf8(text));
+}
+
+std::int32_t HostAPI::GetSettingInt(std::int32_t, const char* key, std::int32_t defaultValue) {
+    return key != nullptr ? settings_.GetInt(key, defaultValue) : defaultValue;
+}
+
+void HostAPI::SetSettingInt(std::int32_t, const char* key, std::int32_t value) {
+    if (key != nullptr) settings_.SetInt(key, value);
+}
+
+// A command-line host has no help viewer, dialogs or property sheets.
+void HostAPI::ShowHelp(const char*, std::int32_t, void*) {}
+void HostAPI::LocalizeDialog(std::uint64_t, q5_HWND, std::intptr_t) {}
+q5_PROPERTYSHEET* HostAPI::CreatePropertySheet(q5_HWND, std::int32_t) {
+    return nullptr;
+}
+
+bool HostAPI::ResolveFileName(const q5_WCHAR*, q5_WCHAR*, std::int32_t, q5_FILETIME*) {
+    return false;
+}
+
+bool HostAPI::GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) {
+    constexpr std::int32_t kApplicationFolder = 1;
+    if (kind != kApplicationFolder || programFolder_.empty()) return false;
+    return CopyOut(Wide(programFolder_), out, size);
+}
+
+const q5_WCHAR* HostAPI::GetPluginFolder() {
+    if (module_ == nullptr) return nullptr;
+    const std::string& path = module_->Path();
+    const auto cut = path.find_last_of("/\\");
+    pluginFolder_ = Wide(cut == std::string::npos ? std::string(".") : path.substr(0, cut));
+    return pluginFolder_.c_str();
+}
+
+q5_PLUGINRECORD* HostAPI::FindPluginRecord(q5_HINSTANCE module) {
+    return RecordOf(module);
+}
+
+void HostAPI::ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
+                                  const q5_WCHAR* text) {
+    Emit(level, Utf8(title) + ": " + Utf8(text));
+}
+
+void HostAPI::ReportError(Q5RESULT code) {
+    Emit(kReportError, "operation failed (code " + std::to_string(code) + ")");
+}

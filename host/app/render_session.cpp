@@ -1,0 +1,159 @@
+// The frame sequence of the driver as the host runs it.
+#include "host/app/render_session.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "host/app/host_api.h"
+#include "host/scene/frame_mesh.h"
+#include "host/scene/scene.h"
+#include "host/view/camera.h"
+#include "plugin/driver.h"
+#include "plugin/driver_select.h"
+#include "plugin/mesh.h"
+
+namespace {
+
+// Frame phases of DRIVER3D::FrameStep.
+enum Phase : std::int32_t {
+    kBegin = 0,
+    kEnd = 1,
+    kSupersampleRequest = 2,
+    kFade = 3,
+    kSupersampleBegin = 4,
+    kSupersampleEnd = 5,
+    kSupersampleDone = 6,
+};
+
+// GetValue ids of the finished frame.
+constexpr std::int32_t kValueWidth = 100;
+constexpr std::int32_t kValueHeight = 101;
+constexpr std::int32_t kValueColourBits = 102;
+
+// Outlines lie on their faces; this pulls them nearer (in units of 1024 depth steps) so the
+// faces do not hide them.
+constexpr std::uint32_t kOutlinePull = 512;
+
+// Frame sizes the host accepts.
+constexpr std::int32_t kMaxSide = 16384;
+
+} // namespace
+
+bool RenderSession::Attach(q5_PROGRESS* progress, std::string& error) {
+    if (driver_ == nullptr && !ChooseDriver(&driver_, kZBufferDriverName)) {
+        error = "the software Z-buffer driver could not be created";
+        return false;
+    }
+    q5_RENDERCONTEXT& context = view_.Context();
+    context.view = &view_;
+    context.progress = progress;
+    driver_->Attach(0, &context);
+    driver_->progress = progress;
+    return true;
+}
+
+void RenderSession::Detach() {
+    if (driver_ != nullptr) RemoveDriver(driver_, true);
+}
+
+bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewVolume& volume,
+                           const FrameRequest& request, Image& image, std::string& error) {
+    if (driver_ == nullptr) {
+        error = "no driver is attached";
+        return false;
+    }
+    if (request.width < 1 || request.height < 1 || request.width > kMaxSide ||
+        request.height > kMaxSide) {
+        error = "the frame size is out of range";
+        return false;
+    }
+    view_.SetVolume(volume);
+    view_.SetSecondBackground(request.background[1]);
+    view_.SetFade(request.fade, request.fadeColour);
+    view_.SetSupersample(request.supersample ? 2.0 : 1.0);
+    q5_RENDERCONTEXT& context = view_.Context();
+    context.depthScale = volume.DepthScale();
+    context.depthOffset = volume.DepthOffset();
+
+    DRIVER3D& d = *driver_;
+    d.Resize(request.width, request.height);
+    d.FrameStep(kBegin);
+    if (request.supersample) {
+        d.FrameStep(kSupersampleRequest);
+        d.FrameStep(kSupersampleBegin);
+    }
+    d.ClearFrame(request.background[0]);
+
+    q5_RENDERSTATE state;
+    state.refine = request.refine;
+    state.twoSidedColouring = true;
+    // Toward the eye, so sphere maps reflect the way a mirror does.
+    state.viewDirection[0] = 0.0;
+    state.viewDirection[1] = 0.0;
+    state.viewDirection[2] = -1.0;
+
+    const auto& objects = scene.Objects();
+    std::vector<std::unique_ptr<FrameMesh>> meshes;
+    std::vector<std::size_t> opaque, blended;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        auto mesh = std::make_unique<FrameMesh>();
+        mesh->Build(objects[i], scene.Material(objects[i].material), scene.lighting, camera,
+                    volume);
+        (objects[i].opacity < 1.0f ? blended : opaque).push_back(i);
+        meshes.push_back(std::move(mesh));
+    }
+    std::stable_sort(blended.begin(), blended.end(), [&](std::size_t a, std::size_t b) {
+        return meshes[a]->CentreDepth() > meshes[b]->CentreDepth();
+    });
+
+    const auto draw = [&](FrameMesh& mesh, float opacity, std::uint8_t flags) {
+        if (mesh.WhollyOutside()) return;
+        q5_FACERUN run;
+        run.faceCount = mesh.Mesh().faceCount;
+        run.opacity = opacity;
+        run.flags = static_cast<std::uint8_t>(flags | q5_FACERUN::kTexturedAllowed);
+        d.DrawFaceGroup(&mesh.Mesh(), &run, &state);
+    };
+    const auto sides = [&](const SceneObject& o) {
+        return o.twoSided ? q5_FACERUN::kTwoSided : std::uint8_t{0};
+    };
+
+    for (std::size_t i : opaque) draw(*meshes[i], 1.0f, sides(objects[i]));
+
+    q5_MATERIAL outline;
+    outline.flags = q5_MATERIAL::kDrawEdges;
+    d.DepthOffset(kOutlinePull);
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        if (!objects[i].outlined && !request.edges) continue;
+        FrameMesh edges;
+        edges.BuildOutline(objects[i], &outline, scene.outlineColour, camera, volume);
+        draw(edges, 1.0f, sides(objects[i]));
+    }
+    // Unsigned arithmetic wraps, so this takes the same pull back.
+    d.DepthOffset(0u - kOutlinePull);
+
+    for (std::size_t i : blended)
+        draw(*meshes[i], objects[i].opacity, q5_FACERUN::kBlend | sides(objects[i]));
+
+    if (request.fade) d.FrameStep(kFade);
+    if (request.supersample) {
+        d.FrameStep(kSupersampleEnd);
+        d.FrameStep(kSupersampleDone);
+    }
+    d.FrameStep(kEnd);
+
+    if (q5_PROGRESS::Cancelled(context.progress)) {
+        error = "interrupted";
+        return false;
+    }
+    const auto* bits = reinterpret_cast<const std::uint8_t*>(d.GetValue(kValueColourBits, 0));
+    const auto width = static_cast<std::int32_t>(d.GetValue(kValueWidth, 0));
+    const auto height = static_cast<std::int32_t>(d.GetValue(kValueHeight, 0));
+    if (bits == nullptr || width != request.width || height != request.height) {
+        error = "the driver has no frame of the requested size (out of memory?)";
+        return false;
+    }
+    image = ImageFromFrame(bits, width, height, q5DibRowStride(32, width));
+    return true;
+}

@@ -1,0 +1,48 @@
+// Drives the render driver through whole frames of a scene and reads back the pictures.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/formats/png_file.h"
+#include "host/view/host_view.h"
+
+class HostAPI;
+class Camera;
+class Scene;
+class DRIVER3D;
+
+struct FrameRequest {
+    std::int32_t width = 1280, height = 720;
+    std::uint32_t background[2] = {0, 0}; // top and bottom, red in the low byte
+    bool supersample = false;
+    bool fade = false;
+    std::uint32_t fadeColour = 0;
+    bool edges = false;  // outline every object, not only those that ask for it
+    bool refine = false; // subdivide large textured triangles
+};
+
+class RenderSession {
+public:
+    explicit RenderSession(HostAPI& host) : host_(host) {}
+    ~RenderSession() { Detach(); }
+    RenderSession(const RenderSession&) = delete;
+    RenderSession& operator=(const RenderSession&) = delete;
+
+    // Selects the software Z-buffer driver through the host and attaches it to the view.
+    bool Attach(q5_PROGRESS* progress, std::string& error);
+    // Drops the driver.
+    void Detach();
+    DRIVER3D* Driver() const { return driver_; }
+    HostView& View() { return view_; }
+
+    // One frame: clear, every object, outlines, blended objects back to front, optional
+    // supersampling and depth fade; the finished frame lands in `image` (RGB, top row first).
+    bool Render(const Scene& scene, const Camera& camera, const ViewVolume& volume,
+                const FrameRequest& request, Image& image, std::string& error);
+
+private:
+    HostAPI& host_;
+    HostView view_;
+    DRIVER3D* driver_ = nullptr;
+};

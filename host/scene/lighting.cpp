@@ -1,0 +1,37 @@
+// Vertex lighting.
+#include "host/scene/lighting.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+float Dot(const POINT3D& a, const POINT3D& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
+} // namespace
+
+Rgb Lighting::Shade(const POINT3D& n, const POINT3D& toEye, const Rgb& base, float specular,
+                    float shininess) const {
+    Rgb diffuse = ambient, highlight;
+    for (const DirectionalLight* light : {&key, &fill}) {
+        POINT3D toLight(-light->direction.x, -light->direction.y, -light->direction.z);
+        toLight.Normalize();
+        const float lambert = Dot(n, toLight);
+        if (lambert <= 0) continue;
+        diffuse.red += lambert * light->colour.red;
+        diffuse.green += lambert * light->colour.green;
+        diffuse.blue += lambert * light->colour.blue;
+        if (specular <= 0) continue;
+        POINT3D half(toLight.x + toEye.x, toLight.y + toEye.y, toLight.z + toEye.z);
+        half.Normalize();
+        const float s = specular * std::pow(std::max(Dot(n, half), 0.0f), shininess);
+        highlight.red += s * light->colour.red;
+        highlight.green += s * light->colour.green;
+        highlight.blue += s * light->colour.blue;
+    }
+    return {std::clamp(base.red * diffuse.red + highlight.red, 0.0f, 1.0f),
+            std::clamp(base.green * diffuse.green + highlight.green, 0.0f, 1.0f),
+            std::clamp(base.blue * diffuse.blue + highlight.blue, 0.0f, 1.0f)};
+}

@@ -1,0 +1,58 @@
+// Scene bookkeeping and bounds.
+#include "host/scene/scene.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+
+Scene::~Scene() {
+    for (HostPicture* p : pictures_) p->Release();
+}
+
+HostPicture* Scene::Hold(HostPicture* picture) {
+    if (picture != nullptr) pictures_.push_back(picture);
+    return picture;
+}
+
+std::size_t Scene::AddMaterial(const HostMaterial& material) {
+    materials_.push_back(std::make_unique<HostMaterial>(material));
+    return materials_.size() - 1;
+}
+
+SceneObject& Scene::AddObject(SceneObject object) {
+    objects_.push_back(std::move(object));
+    return objects_.back();
+}
+
+Bounds Scene::FramedBounds() const {
+    Bounds b = BoundsOf(true);
+    return b.empty ? BoundsOf(false) : b;
+}
+
+Bounds Scene::AllBounds() const {
+    return BoundsOf(false);
+}
+
+// The box around the placed corners, then the sphere around the box.
+Bounds Scene::BoundsOf(bool framedOnly) const {
+    float lo[3] = {FLT_MAX, FLT_MAX, FLT_MAX}, hi[3] = {-FLT_MAX, -FLT_MAX, -FLT_MAX};
+    bool any = false;
+    for (const SceneObject& o : objects_) {
+        if (framedOnly && !o.framed) continue;
+        for (const POINT3D& p : o.geometry.positions) {
+            const POINT3D w = o.placement.PointTransform(p);
+            for (int k = 0; k < 3; ++k) {
+                lo[k] = std::min(lo[k], w[k]);
+                hi[k] = std::max(hi[k], w[k]);
+            }
+            any = true;
+        }
+    }
+    Bounds b;
+    if (!any) return b;
+    b.empty = false;
+    b.centre = POINT3D((lo[0] + hi[0]) / 2, (lo[1] + hi[1]) / 2, (lo[2] + hi[2]) / 2);
+    const float dx = hi[0] - lo[0], dy = hi[1] - lo[1], dz = hi[2] - lo[2];
+    b.radius = std::sqrt(dx * dx + dy * dy + dz * dz) / 2;
+    return b;
+}

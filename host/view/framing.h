@@ -1,0 +1,24 @@
+// The default camera of a scene: an orbit around what it shows, at a distance that fits it.
+#pragma once
+
+#include <cstdint>
+
+#include "host/scene/scene.h"
+#include "host/view/camera.h"
+#include "host/view/view_volume.h"
+
+struct Shot {
+    double yaw = 30.0, pitch = 20.0; // degrees
+    double distance = 0.0;           // from the framed centre; 0 or less: fit the framed objects
+    double fovY = 40.0;              // degrees
+};
+
+struct Framing {
+    Camera camera;
+    ViewVolume volume;
+    double distance = 0.0;
+};
+
+// Aims at the centre of `framed`; the near and far planes hug `all`, the whole scene.
+Framing FrameScene(const Bounds& framed, const Bounds& all, const Shot& shot, std::int32_t width,
+                   std::int32_t height);

@@ -1,0 +1,56 @@
+// The host's view object: the look of the current render, and clipping and projection of faces.
+#pragma once
+
+#include <cstdint>
+
+#include "host/view/view_volume.h"
+#include "plugin/view.h"
+
+class HostView final : public q5_VIEW {
+public:
+    HostView() = default;
+    HostView(const HostView&) = delete;
+    HostView& operator=(const HostView&) = delete;
+    ~HostView() = default;
+
+    void SetVolume(const ViewVolume& volume) { volume_ = volume; }
+    const ViewVolume& Volume() const { return volume_; }
+    // Colours carry red in the low byte.
+    void SetSecondBackground(std::uint32_t colour) { secondBackground_ = colour; }
+    // Turns the depth fade on (toward `colour`) or off.
+    void SetFade(bool on, std::uint32_t colour);
+    void SetSupersample(double factor) { supersample_ = factor; }
+    // The render context the driver is attached with, filled from this view.
+    q5_RENDERCONTEXT& Context() { return context_; }
+    q5_RENDERSETTINGS& Settings() { return settings_; }
+    int DetachCount() const { return detached_; }
+
+    q5_RENDERSETTINGS* RenderSettings() override { return &settings_; }
+    std::int32_t DriverQueryValue() override { return 0; }
+    void OnDriverDetached(std::int32_t, std::int32_t) override { ++detached_; }
+    void OnDriverSettingsChanged() override {}
+    std::uint32_t SecondBackgroundColour() override { return secondBackground_; }
+    std::uint32_t FadeColour() override { return fade_; }
+    double SupersampleFactor() override { return supersample_; }
+
+    bool ClipPolygon(ScreenVertex* const corners[3], ScreenVertex* out, int& count) override;
+    bool ClipTexturedPolygon(ScreenVertex* const corners[3], ScreenVertex* out,
+                             int& count) override;
+    void ProjectVertices(ScreenVertex* vertices, int count, int stride) override;
+    void ProjectVertexList(ScreenVertex* const* vertices, int count) override;
+    void ProjectPoint(const float point[3], ScreenVertex& out) override;
+    // Host meshes carry one set of texture coordinates, set when the frame's mesh is built.
+    void PrepareTextureCoordinates(q5_MESH*, const q5_MATERIAL*, int) override {}
+
+private:
+    bool Clip(ScreenVertex* const corners[3], ScreenVertex* out, int& count, bool withTexture);
+    void Project(ScreenVertex& v) const;
+
+    ViewVolume volume_;
+    q5_RENDERSETTINGS settings_;
+    q5_RENDERCONTEXT context_;
+    std::uint32_t secondBackground_ = 0;
+    std::uint32_t fade_ = 0;
+    double supersample_ = 1.0;
+    int detached_ = 0;
+};

@@ -1,0 +1,244 @@
+// The file stream's own rules: modes, temporary files, names, status values and messages.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/platform/file.h"
+#include "core/stream/file_stream.h"
+#include "stream_testing.h"
+#include "support/recording_host.h"
+
+namespace {
+
+constexpr std::uint32_t kCreate = Q5_STREAM_FILE | Q5_FILE_CREATE;
+
+std::u16string NameOf(q5_STREAM& stream, std::uint32_t flags) {
+    q5_WCHAR name[q5plat::kMaxPath] = {};
+    stream.GetFileNameW(name, q5plat::kMaxPath, flags);
+    return name;
+}
+
+std::u16string TempFolder() {
+    q5_WCHAR folder[q5plat::kMaxPath] = {};
+    q5GetTempPath(q5plat::kMaxPath, folder);
+    return folder;
+}
+
+// A file with the given bytes that lives as long as the fixture.
+class FileStreamTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        StreamPtr keeper(q5_STREAM::CreateW(nullptr, u"?tst", kCreate | Q5_FILE_KEEP));
+        ASSERT_TRUE(keeper);
+        keeper->Write("0123456789", 10);
+        path_ = NameOf(*keeper, 0);
+    }
+    void TearDown() override { q5DeleteFile(path_.c_str()); }
+
+    std::u16string path_;
+    RecordingHost host_;
+    ScopedHostAPI scope_{&host_};
+};
+
+TEST_F(FileStreamTest, TemporaryFileTakesThePrefixAndGoesWithTheStream) {
+    std::u16string name;
+    {
+        StreamPtr stream(q5_STREAM::CreateW(nullptr, u"?abc", kCreate));
+        ASSERT_TRUE(stream);
+        name = NameOf(*stream, 0);
+        // Not q5IsFileExist: a file open for writing counts as absent on Windows.
+        EXPECT_EQ(q5plat::QueryFileKind(name.c_str()), q5plat::FileKind::File);
+    }
+    const std::u16string folder = TempFolder();
+    EXPECT_EQ(name.compare(0, folder.size(), folder), 0);
+    EXPECT_EQ(name.compare(folder.size(), 3, u"abc"), 0);
+    EXPECT_FALSE(q5IsFileExist(name.c_str()));
+    // path_ was made with the keep flag and is still there.
+    EXPECT_TRUE(q5IsFileExist(path_.c_str()));
+}
+
+TEST_F(FileStreamTest, NullNameMakesATemporaryFileToo) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, nullptr, kCreate));
+    ASSERT_TRUE(stream);
+    const std::u16string name = NameOf(*stream, 0);
+    EXPECT_EQ(name.compare(TempFolder().size(), 3, u"q5d"), 0);
+}
+
+TEST_F(FileStreamTest, SeekFromCurrentOrEndAnswersOne) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->Seek(4, 1), 1);
+    EXPECT_EQ(stream->Tell(), 4);
+    EXPECT_EQ(stream->Seek(-3, 2), 1);
+    EXPECT_EQ(stream->Tell(), 7);
+    EXPECT_EQ(stream->Seek(2, 0), 2);
+    EXPECT_TRUE(host_.wideReports.empty());
+    EXPECT_EQ(stream->Seek(-1, 0), -1);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(
+        host_.wideReports[0].text.rfind(u"FILE Stream error:\nInfo:\tQ5_FILESTREAM::Seek error\n"
+                                        u"OS Info:\t",
+                                        0),
+        0u);
+    EXPECT_NE(host_.wideReports[0].text.find(u"\nFile:\t" + path_), std::u16string::npos);
+}
+
+TEST_F(FileStreamTest, ReadAtTheEndLeavesTheBufferAndSets255) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    stream->Seek(10, 0);
+    Bytes buffer(4, 0xCC);
+    EXPECT_EQ(stream->Read(buffer.data(), 4), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
+    EXPECT_EQ(buffer, Bytes(4, 0xCC));
+    // With the status set, reads zero-fill until a seek from the start clears it.
+    EXPECT_EQ(stream->Read(buffer.data(), 4), 0);
+    EXPECT_EQ(buffer, Bytes(4, 0));
+    stream->Seek(0, 0);
+    EXPECT_EQ(stream->GetStatus(), 0);
+}
+
+TEST_F(FileStreamTest, MissingFileIsReportedUnlessQuiet) {
+    const std::u16string missing = path_ + u".none";
+    EXPECT_EQ(
+        q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_QUIET),
+        nullptr);
+    EXPECT_TRUE(host_.wideReports.empty());
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE),
+              nullptr);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(host_.wideReports[0].text.rfind(u"FILE Stream error:\nInfo:\t File open error\n", 0),
+              0u);
+    // No mode: nothing is opened and nothing said.
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE), nullptr);
+    EXPECT_EQ(host_.wideReports.size(), 1u);
+}
+
+TEST_F(FileStreamTest, WritingAReadOnlyStreamSets254) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    EXPECT_EQ(stream->Write("x", 1), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_READ_ONLY);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(host_.wideReports[0].text.rfind(
+                  u"FILE Stream error:\nInfo:\tError while writing to disk! File\n", 0),
+              0u);
+    EXPECT_EQ(stream->Write("x", 1), 0); // the status blocks further writes silently
+    EXPECT_EQ(host_.wideReports.size(), 1u);
+}
+
+TEST_F(FileStreamTest, NullWriteBufferIsReported) {
+    StreamPtr stream(
+        q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE));
+    EXPECT_EQ(stream->Write(nullptr, 4), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(host_.wideReports[0].text, u"write buffer is NULL");
+}
+
+TEST_F(FileStreamTest, ReadWriteModeKeepsTheData) {
+    StreamPtr stream(
+        q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE));
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->GetSize(), 10);
+    stream->Seek(10, 0);
+    stream->Write("ab", 2);
+    EXPECT_EQ(stream->GetSize(), 12);
+    stream.reset(); // a writer shares its file with readers only
+    // Create mode empties the file.
+    StreamPtr again(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate));
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->GetSize(), 0);
+}
+
+TEST_F(FileStreamTest, AppMacroOpensUnderTheApplicationFolder) {
+    std::u16string folder = TempFolder();
+    folder.pop_back(); // the macro adds the separator itself
+    host_.folders[1] = folder;
+    const std::u16string file = path_.substr(folder.size() + 1);
+    const std::u16string name = u"($app)\\" + file;
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, name.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->GetSize(), 10);
+    EXPECT_EQ(NameOf(*stream, 0), name);
+    EXPECT_EQ(NameOf(*stream, Q5_FILENAME_RESOLVED), folder + u"\\" + file);
+}
+
+TEST_F(FileStreamTest, PluginsMacroWithoutAFolderOpensTheNameAsGiven) {
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"($PLUGINS)x.bin",
+                                 Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_QUIET),
+              nullptr);
+    EXPECT_EQ(host_.resolveRequests, std::vector<std::u16string>{u"($PLUGINS)x.bin"});
+}
+
+TEST_F(FileStreamTest, HostResolutionComesFirstAndMayGiveTheTime) {
+    host_.resolvedNames[u"doc:ten"] = {path_, q5_FILETIME{5, 6}};
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, u"doc:ten", Q5_STREAM_FILE | Q5_FILE_READ));
+    ASSERT_TRUE(stream);
+    EXPECT_EQ(stream->GetSize(), 10);
+    q5_FILETIME time = {};
+    EXPECT_EQ(stream->GetFileTime(time), Q5_OK);
+    EXPECT_EQ(time.dwLowDateTime, 5u);
+    EXPECT_EQ(time.dwHighDateTime, 6u);
+    char narrow[q5plat::kMaxPath];
+    EXPECT_TRUE(stream->GetFileNameA(narrow, q5plat::kMaxPath, 0));
+    EXPECT_STREQ(narrow, "doc:ten");
+}
+
+TEST_F(FileStreamTest, CreateModeAndTheNoResolveFlagSkipTheHost) {
+    host_.resolvedNames[path_] = {u"elsewhere", q5_FILETIME{}};
+    StreamPtr created(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate | Q5_FILE_KEEP));
+    StreamPtr plain(q5_STREAM::CreateW(nullptr, path_.c_str(),
+                                       Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_NORESOLVE));
+    EXPECT_TRUE(created);
+    EXPECT_TRUE(plain);
+    EXPECT_TRUE(host_.resolveRequests.empty());
+}
+
+TEST_F(FileStreamTest, FileTimeComesFromTheSystemWithoutAHostTime) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    q5_FILETIME time = {};
+    EXPECT_EQ(stream->GetFileTime(time), Q5_OK);
+    q5_FILETIME same = {};
+    EXPECT_TRUE(q5GetFileTime(path_.c_str(), same));
+    EXPECT_NE(time.dwHighDateTime, 0u);
+    EXPECT_EQ(time.dwLowDateTime, same.dwLowDateTime);
+    EXPECT_EQ(time.dwHighDateTime, same.dwHighDateTime);
+    stream->_CLOSEFILE();
+    EXPECT_EQ(stream->GetFileTime(time), Q5_E_NOTAVAIL);
+}
+
+TEST_F(FileStreamTest, ClosedStreamReopens) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    auto* file = static_cast<Q5_FILESTREAM*>(stream.get());
+    file->_CLOSEFILE();
+    EXPECT_EQ(file->GetHANDLE(), nullptr);
+    EXPECT_EQ(file->GetSize(), 0);
+    EXPECT_TRUE(file->_REOPENFILE());
+    EXPECT_EQ(file->GetSize(), 10);
+    EXPECT_EQ(file->ReadWord(), 0x3130); // "01"
+}
+
+TEST_F(FileStreamTest, ReadsReportProgressEvery64KiB) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate | Q5_FILE_KEEP));
+    const Bytes block(10000, 7);
+    for (int i = 0; i < 14; ++i) stream->Write(block.data(), 10000);
+    stream->Seek(0, 0);
+    ContextPtr context(RecordingContext::Make());
+    stream->SetContext(context.get());
+    Bytes buffer(10000);
+    for (int i = 0; i < 14; ++i) stream->Read(buffer.data(), 10000);
+    // 70000 bytes pass 65535: a report, 4464 carried over; seven more reads make 74464.
+    ASSERT_EQ(context->progress.size(), 2u);
+    EXPECT_EQ(context->progress[0].position, 70000);
+    EXPECT_EQ(context->progress[0].total, 140000);
+    EXPECT_EQ(context->progress[0].kind, 1);
+    EXPECT_EQ(context->progress[1].position, 140000);
+}
+
+TEST_F(FileStreamTest, AnswersToItsType) {
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    EXPECT_TRUE(stream->IsTypeOf("Q5_FILESTREAM"));
+    EXPECT_FALSE(stream->IsTypeOf("Q5_MEMSTREAM"));
+    EXPECT_FALSE(stream->SetBUFFER(4096));
+}
+
+} // namespace
