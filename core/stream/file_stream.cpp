@@ -132,7 +132,9 @@ std::int64_t Q5_FILESTREAM::Seek(std::int64_t position, std::int32_t origin) {
     const int from = origin == 1   ? q5plat::kSeekCurrent
                      : origin == 2 ? q5plat::kSeekEnd
                                    : q5plat::kSeekBegin;
-    const std::int64_t result = q5plat::SeekFile(file_, distance, from);
+    // A start offset the 32-bit distance cannot carry fails without moving the file.
+    const bool reachable = from != q5plat::kSeekBegin || position == distance;
+    const std::int64_t result = reachable ? q5plat::SeekFile(file_, distance, from) : -1;
     if (from != q5plat::kSeekBegin) return 1;
     if (result < 0 || result != position) {
         ReportError("Q5_FILESTREAM::Seek error");

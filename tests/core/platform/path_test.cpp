@@ -136,11 +136,4 @@ TEST_F(FileHelpers, FileTimeComesFromTheHostWhenItHasOne) {
     EXPECT_NE(time.dwHighDateTime, 0u);
 }
 
-TEST_F(FileHelpers, ShortNameIsWrittenAsNarrowText) {
-    char narrow[q5plat::kMaxPath] = {};
-    EXPECT_GT(q5GetShortPathName(file_, narrow, q5plat::kMaxPath), 0u);
-    EXPECT_NE(narrow[0], 0);
-    EXPECT_EQ(q5GetShortPathName(u"no-such-file.bin", narrow, q5plat::kMaxPath), 0u);
-}
-
 } // namespace

@@ -105,17 +105,12 @@ TEST_F(LanguageTable, ErrorStopsTheParseAndKeepsEarlierEntries) {
     EXPECT_EQ(host_.titledReports[0].text, u"'=' - expected \n\nat line:3");
 }
 
-TEST_F(LanguageTable, MissingOpeningQuoteIsAnError) {
+TEST_F(LanguageTable, EachErrorNamesItsLine) {
     Parse("\n7= x\"\n");
-    ASSERT_EQ(host_.titledReports.size(), 1u);
+    Parse("1=\"ab\r\n\"\n");
+    ASSERT_EQ(host_.titledReports.size(), 2u);
     EXPECT_EQ(host_.titledReports[0].text, u"'\"' - expected \n\nat line:2");
-}
-
-TEST_F(LanguageTable, LineEndInsideATextIsAnError) {
-    const auto table = Parse("1=\"ab\r\n\"\n");
-    EXPECT_FALSE(table->IsLoaded());
-    ASSERT_EQ(host_.titledReports.size(), 1u);
-    EXPECT_EQ(host_.titledReports[0].text, u"unexpected end of line\n\nat line:1");
+    EXPECT_EQ(host_.titledReports[1].text, u"unexpected end of line\n\nat line:1");
 }
 
 TEST_F(LanguageTable, UnclosedTextAtTheEndIsAnError) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include "stream_testing.h"
 #include "support/recording_host.h"
@@ -172,22 +174,19 @@ TYPED_TEST(StreamRules, NestedChunksReadBack) {
     EXPECT_TRUE(this->host_.wideReports.empty());
 }
 
-TYPED_TEST(StreamRules, ClosingSkipsUnreadPayloadSilently) {
+TYPED_TEST(StreamRules, CloseChunkMovesToTheChunkEnd) {
     StreamPtr in = this->Reader(this->Word(0x0102) + this->Long(9) + Text("abcXYZW"));
+    char five[5];
     in->OpenChunk();
-    char c = 0;
-    in->Read(&c, 1);
-    EXPECT_TRUE(in->CloseChunk());
+    in->Read(five, 1);
+    EXPECT_TRUE(in->CloseChunk()); // unread payload is skipped silently
     EXPECT_EQ(in->Tell(), 9);
     EXPECT_TRUE(this->host_.wideReports.empty());
-}
 
-TYPED_TEST(StreamRules, ReadingPastTheChunkIsReportedAndUndone) {
-    StreamPtr in = this->Reader(this->Word(0x0102) + this->Long(9) + Text("abcXYZW"));
+    in->Seek(0, 0);
     in->OpenChunk();
-    char five[5];
     in->Read(five, 5);
-    EXPECT_TRUE(in->CloseChunk());
+    EXPECT_TRUE(in->CloseChunk()); // reading past the end is reported and undone
     EXPECT_EQ(in->Tell(), 9);
     ASSERT_EQ(this->host_.wideReports.size(), 1u);
     EXPECT_EQ(this->host_.wideReports[0].level, kReportError);
@@ -234,6 +233,16 @@ TYPED_TEST(StreamRules, ChunkSizeBeyondTheDataEndsTheWalk) {
     EXPECT_TRUE(in->IsEOF());
 }
 
+TYPED_TEST(StreamRules, HugeChunkSizeNeverLeadsBackwards) {
+    StreamPtr in =
+        this->Reader(Bytes(10, 0) + this->Word(0x66) + this->Long(0xFFFFFFFA) + Text("xy"));
+    in->Seek(10, 0);
+    EXPECT_EQ(in->OpenChunk(), 0x66);
+    in->ReadWord();
+    in->CloseChunk();
+    EXPECT_EQ(in->Tell(), 18);
+}
+
 TYPED_TEST(StreamRules, ContextStopsChunkReading) {
     StreamPtr in = this->Reader(this->Word(0x55) + this->Long(10) + this->Long(0));
     ContextPtr context(RecordingContext::Make());
@@ -264,27 +273,12 @@ TYPED_TEST(StreamRules, LongLinesComeInPiecesOfSizeMinusSeven) {
     EXPECT_STREQ(line, "y");
 }
 
-TYPED_TEST(StreamRules, BlankLineOfOneLineEndIsSwallowed) {
-    StreamPtr in = this->Reader(Text("ab\n\ncd\r\r\ref"));
+TYPED_TEST(StreamRules, RunsOfOneLineEndAreSwallowedButPairsKeepEmptyLines) {
+    StreamPtr in = this->Reader(Text("ab\n\ncd\r\r\ref\r\n\r\ngh\n\rx"));
     char line[64];
-    EXPECT_EQ(in->ReadLn(line, 64), 2);
-    EXPECT_STREQ(line, "ab");
-    EXPECT_EQ(in->ReadLn(line, 64), 2);
-    EXPECT_STREQ(line, "cd");
-    EXPECT_EQ(in->ReadLn(line, 64), 2);
-    EXPECT_STREQ(line, "ef");
-}
-
-TYPED_TEST(StreamRules, CrLfPairsKeepTheEmptyLine) {
-    StreamPtr in = this->Reader(Text("ab\r\n\r\ncd\n\rx"));
-    char line[64];
-    EXPECT_EQ(in->ReadLn(line, 64), 2);
-    EXPECT_EQ(in->ReadLn(line, 64), 0);
-    EXPECT_STREQ(line, "");
-    EXPECT_EQ(in->ReadLn(line, 64), 2);
-    EXPECT_STREQ(line, "cd");
-    EXPECT_EQ(in->ReadLn(line, 64), 1); // LF CR is one line end too
-    EXPECT_STREQ(line, "x");
+    std::vector<std::string> lines;
+    while (in->ReadLn(line, 64) > 0 || in->GetStatus() == 0) lines.push_back(line);
+    EXPECT_EQ(lines, (std::vector<std::string>{"ab", "cd", "ef", "", "gh", "x"}));
 }
 
 TYPED_TEST(StreamRules, LineEndCutByTheReadLimitGivesAnEmptyLine) {
@@ -332,22 +326,17 @@ TYPED_TEST(StreamRules, LinesOfBinaryDataStayInsideTheBuffer) {
     EXPECT_EQ(small[0], 0);
 }
 
-TYPED_TEST(StreamRules, LineEndsAreOneWord) {
+TYPED_TEST(StreamRules, TextIsWrittenAsItsBytes) {
     StreamPtr out = this->Writer();
     out->WriteLnA("hi");
     out->WriteLnW(u"A");
-    // WriteLnA ends with the word 0x0A0D; WriteLnW writes its text unflipped, then 13 and 10.
-    const Bytes expected =
-        Text("hi") + this->Word(0x0A0D) + Bytes({'A', 0}) + this->Word(13) + this->Word(10);
-    EXPECT_EQ(Contents(*out), expected);
-}
-
-TYPED_TEST(StreamRules, PrintWritesTheFormattedText) {
-    StreamPtr out = this->Writer();
     EXPECT_EQ(out->PrintA("%d-%s", 7, "x"), 3);
     EXPECT_EQ(out->PrintW(u"%d%hs", 42, "!"), 3);
     EXPECT_EQ(out->PrintA("%s", ""), 0);
-    EXPECT_EQ(Contents(*out), Text("7-x") + Bytes({'4', 0, '2', 0, '!', 0}));
+    // WriteLnA ends with the word 0x0A0D; WriteLnW writes its text unflipped, then 13 and 10.
+    const Bytes expected = Text("hi") + this->Word(0x0A0D) + Bytes({'A', 0}) + this->Word(13) +
+                           this->Word(10) + Text("7-x") + Bytes({'4', 0, '2', 0, '!', 0});
+    EXPECT_EQ(Contents(*out), expected);
 }
 
 TYPED_TEST(StreamRules, CopyToCountsWhatWasAskedAndComesBack) {
@@ -365,19 +354,11 @@ TYPED_TEST(StreamRules, CopyToCountsWhatWasAskedAndComesBack) {
 
 TYPED_TEST(StreamRules, ShortReadReturnsTheCountAndZeroFills) {
     StreamPtr in = this->Reader(Text("0123456789"));
+    EXPECT_FALSE(in->IsEOF());
     Bytes buffer(20, 0xEE);
     EXPECT_EQ(in->Read(buffer.data(), 20), 10);
     EXPECT_EQ(buffer, Text("0123456789") + Bytes(10, 0));
-}
-
-TYPED_TEST(StreamRules, EndOfDataFollowsThePosition) {
-    StreamPtr in = this->Reader(Text("ab"));
-    EXPECT_FALSE(in->IsEOF());
-    EXPECT_EQ(in->GetSize(), 2);
-    in->ReadWord();
     EXPECT_TRUE(in->IsEOF());
-    EXPECT_EQ(in->Seek(0, 0), 0);
-    EXPECT_FALSE(in->IsEOF());
 }
 
 TYPED_TEST(StreamRules, TruncateCutsAtThePosition) {
@@ -385,15 +366,6 @@ TYPED_TEST(StreamRules, TruncateCutsAtThePosition) {
     in->Seek(5, 0);
     in->Truncate();
     EXPECT_EQ(in->GetSize(), 5);
-}
-
-TYPED_TEST(StreamRules, StreamsAnswerToTheirTypes) {
-    StreamPtr out = this->Writer();
-    EXPECT_STREQ(out->GetInterfaceName(), "q5_stream");
-    EXPECT_TRUE(out->IsTypeOf("q5_STREAM"));
-    EXPECT_TRUE(out->IsTypeOf("q5_extension"));
-    EXPECT_NE(out->IsTypeOf("Q5_MEMSTREAM"), out->IsTypeOf("Q5_FILESTREAM"));
-    EXPECT_FALSE(out->IsTypeOf("q5_collection"));
 }
 
 } // namespace
