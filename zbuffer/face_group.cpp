@@ -20,6 +20,13 @@ enum class TextureSource { None, Diffuse, HalfBright, Reflection };
 // brightness.
 constexpr RgbBytes kHalfBrightColour{128, 128, 128};
 
+// The rasterizer's 0..255 opacity: 0 below 0.0 (and for NaN), 255 above 1.0, truncated between.
+std::int32_t OpacityByte(float opacity) {
+    if (!(opacity >= 0.0f)) return 0;
+    if (opacity > 1.0f) return 255;
+    return static_cast<std::int32_t>(opacity * 255.0);
+}
+
 std::uint8_t ClampByte(double c) {
     return static_cast<std::uint8_t>(c > 0.0 ? (c < 255.0 ? c : 255.0) : 0.0);
 }
@@ -256,12 +263,6 @@ bool FaceWalk::DrawFace(std::uint32_t f) {
 }
 
 } // namespace
-
-std::int32_t OpacityByte(float opacity) {
-    if (!(opacity >= 0.0f)) return 0; // NaN too
-    if (opacity > 1.0f) return 255;
-    return static_cast<std::int32_t>(opacity * 255.0);
-}
 
 std::int32_t DrawFaceRun(FaceTarget& target, q5_MESH& mesh, const q5_FACERUN& run,
                          const q5_RENDERSTATE& state, const POINT3D* placed) {

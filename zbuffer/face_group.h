@@ -12,12 +12,9 @@ struct q5_RENDERSTATE;
 struct POINT3D;
 
 // Draws the faces run.firstFace .. run.firstFace + run.faceCount - 1 in order. `placed`, when
-// given, replaces the mesh's vertex positions (one per mesh vertex); the clip codes are still
+// given, replaces the mesh's vertex positions (one per mesh vertex); clip codes and normals stay
 // the mesh's. Returns 1 when the walk reached the end of the run, -1 when it stopped early: at
 // the end of the mesh's faces, at a face without a material, or at a corner that names no
 // vertex.
 std::int32_t DrawFaceRun(FaceTarget& target, q5_MESH& mesh, const q5_FACERUN& run,
                          const q5_RENDERSTATE& state, const POINT3D* placed = nullptr);
-
-// The 0..255 opacity of a face group: 0 below 0.0, 255 above 1.0, truncated between.
-std::int32_t OpacityByte(float opacity);

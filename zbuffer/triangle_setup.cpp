@@ -3,6 +3,7 @@
 
 #include "plugin/view.h"
 #include "zbuffer/back_face.h"
+#include "zbuffer/fixed_point.h"
 #include "zbuffer/polygon_dispatch.h"
 #include "zbuffer/subdivision.h"
 
@@ -71,6 +72,25 @@ bool Culled(const ProjectedPolygon& p, std::uint8_t flags) {
     return !(flags & kPolygonTwoSided) && !PassesBackFaceTest(p.list, p.count);
 }
 
+using DispatchFn = int (*)(RasterContext&, int, std::uint8_t);
+
+// The rasterizer takes at most 8 vertices, but a triangle cut by many planes can have more;
+// such a polygon goes as a fan of copied triangles, since the dispatch moves vertices in place.
+void HandOver(RasterContext& rc, ProjectedPolygon& p, std::uint8_t flags, DispatchFn dispatch) {
+    if (p.count <= kMaxPolygonVertices) {
+        rc.vertexList = p.list;
+        dispatch(rc, p.count, flags);
+    } else {
+        for (int i = 2; i < p.count; ++i) {
+            ScreenVertex copy[3] = {*p.list[0], *p.list[i - 1], *p.list[i]};
+            ScreenVertex* fan[3] = {&copy[0], &copy[1], &copy[2]};
+            rc.vertexList = fan;
+            dispatch(rc, 3, flags);
+        }
+    }
+    rc.vertexList = nullptr;
+}
+
 float ViewDistanceSquared(const float a[3], const float b[3]) {
     const float dx = b[0] - a[0], dy = b[1] - a[1], dz = b[2] - a[2];
     return dx * dx + dy * dy + dz * dz;
@@ -98,9 +118,7 @@ void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3],
     ProjectedPolygon p;
     ClipAndProject(target.view, corners, false, p);
     if (p.count == 0 || Culled(p, flags)) return;
-    target.rc.vertexList = p.list;
-    DrawUntexturedPolygon(target.rc, p.count, flags);
-    target.rc.vertexList = nullptr;
+    HandOver(target.rc, p, flags, &DrawUntexturedPolygon);
 }
 
 void DrawTexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t flags,
@@ -112,9 +130,7 @@ void DrawTexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], st
         DrawRefinedFan(target.rc, target.view, p.list, p.positions, p.count, flags);
         return;
     }
-    target.rc.vertexList = p.list;
-    DrawTexturedPolygon(target.rc, p.count, flags);
-    target.rc.vertexList = nullptr;
+    HandOver(target.rc, p, flags, &DrawTexturedPolygon);
 }
 
 void DrawTriangleEdges(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t edgeBits,

@@ -31,9 +31,9 @@ inline void SetViewPosition(ScreenVertex& v, const float p[3]) {
     v.z = std::bit_cast<std::int32_t>(p[2]);
 }
 inline void GetViewPosition(const ScreenVertex& v, float p[3]) {
-    p[0] = std::bit_cast<float>(v.x);
-    p[1] = std::bit_cast<float>(v.y);
-    p[2] = std::bit_cast<float>(v.z);
+    // Copies first: bit_cast takes a reference, which a packed field cannot bind.
+    const std::int32_t bits[3] = {v.x, v.y, v.z};
+    for (int i = 0; i < 3; ++i) p[i] = std::bit_cast<float>(bits[i]);
 }
 
 enum class Facing : int { Outside = -1, Back = 0, Front = 1 };

@@ -79,16 +79,15 @@ public:
     }
 
 private:
-    static float X(const ScreenVertex& v) { return std::bit_cast<float>(v.x); }
+    // By value: bit_cast takes a reference, which a packed field cannot bind.
+    static float F(std::int32_t bits) { return std::bit_cast<float>(bits); }
+    static float X(const ScreenVertex& v) { return F(v.x); }
     static void SetScreen(ScreenVertex& v, float x, float y, float z) {
         v.x = static_cast<std::int32_t>(x * 256.0f);
         v.y = static_cast<std::int32_t>(y * 256.0f);
         v.z = static_cast<std::int32_t>(z);
     }
-    static void Project(ScreenVertex& v) {
-        SetScreen(v, std::bit_cast<float>(v.x), std::bit_cast<float>(v.y),
-                  std::bit_cast<float>(v.z));
-    }
+    static void Project(ScreenVertex& v) { SetScreen(v, F(v.x), F(v.y), F(v.z)); }
     static float Lerp(float a, float b, float t) { return a + (b - a) * t; }
     static std::uint8_t Lerp(std::uint8_t a, std::uint8_t b, float t) {
         return static_cast<std::uint8_t>(a + (b - a) * t);
@@ -97,10 +96,8 @@ private:
         const float t = (clipLeft - X(a)) / (X(b) - X(a));
         ScreenVertex v{};
         v.x = std::bit_cast<std::int32_t>(clipLeft);
-        v.y = std::bit_cast<std::int32_t>(
-            Lerp(std::bit_cast<float>(a.y), std::bit_cast<float>(b.y), t));
-        v.z = std::bit_cast<std::int32_t>(
-            Lerp(std::bit_cast<float>(a.z), std::bit_cast<float>(b.z), t));
+        v.y = std::bit_cast<std::int32_t>(Lerp(F(a.y), F(b.y), t));
+        v.z = std::bit_cast<std::int32_t>(Lerp(F(a.z), F(b.z), t));
         v.s = Lerp(a.s, b.s, t);
         v.t = Lerp(a.t, b.t, t);
         v.red = Lerp(a.red, b.red, t);
