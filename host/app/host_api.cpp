@@ -129,12 +129,26 @@ void HostAPI::ReportMessage(std::int32_t level, const q5_WCHAR* text) {
     Emit(level, Utf8(text));
 }
 
+void HostAPI::OverrideSetting(const std::string& key, std::int32_t value) {
+    for (auto& o : overrides_)
+        if (o.first == key) {
+            o.second = value;
+            return;
+        }
+    overrides_.emplace_back(key, value);
+}
+
 std::int32_t HostAPI::GetSettingInt(std::int32_t, const char* key, std::int32_t defaultValue) {
-    return key != nullptr ? settings_.GetInt(key, defaultValue) : defaultValue;
+    if (key == nullptr) return defaultValue;
+    for (const auto& o : overrides_)
+        if (o.first == key) return o.second;
+    return settings_.GetInt(key, defaultValue);
 }
 
 void HostAPI::SetSettingInt(std::int32_t, const char* key, std::int32_t value) {
-    if (key != nullptr) settings_.SetInt(key, value);
+    if (key == nullptr) return;
+    settings_.SetInt(key, value);
+    settingsWritten_ = true;
 }
 
 // A command-line host has no help viewer, dialogs or property sheets.
@@ -166,8 +180,7 @@ q5_PLUGINRECORD* HostAPI::FindPluginRecord(q5_HINSTANCE module) {
     return RecordOf(module);
 }
 
-void HostAPI::ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
-                                  const q5_WCHAR* text) {
+void HostAPI::ReportTitledMessage(std::int32_t level, const q5_WCHAR* title, const q5_WCHAR* text) {
     Emit(level, Utf8(title) + ": " + Utf8(text));
 }
 

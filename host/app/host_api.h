@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/app/ini_settings.h"
@@ -35,6 +36,10 @@ public:
     void SetMessageSink(MessageSink sink) { sink_ = std::move(sink); }
     void SetProgramName(std::string name) { program_ = std::move(name); }
     void SetProgramFolder(std::string folder) { programFolder_ = std::move(folder); }
+    // Answers reads of `key` with `value` whatever the store holds, without changing the store.
+    void OverrideSetting(const std::string& key, std::int32_t value);
+    // True once the driver wrote a setting.
+    bool SettingsWritten() const { return settingsWritten_; }
     const std::vector<Registration>& Registrations() const { return registrations_; }
     std::int32_t ErrorCount() const { return errors_; }
 
@@ -76,5 +81,7 @@ private:
     std::u16string pluginFolder_;
     std::vector<Registration> registrations_;
     std::vector<std::unique_ptr<Record>> records_;
+    std::vector<std::pair<std::string, std::int32_t>> overrides_;
     std::int32_t errors_ = 0;
+    bool settingsWritten_ = false;
 };

@@ -87,17 +87,21 @@ void IniSettings::Parse(const std::string& text) {
 
 std::string IniSettings::Text() const {
     std::string out;
-    std::vector<std::string> sections;
+    // Keys outside any section must come first, or a reader puts them in the section above.
+    std::vector<std::string> sections = {""};
     for (const Entry& e : entries_) {
         bool seen = false;
         for (const std::string& s : sections) seen = seen || SameNoCase(s, e.section);
         if (!seen) sections.push_back(e.section);
     }
     for (const std::string& s : sections) {
+        std::string body;
+        for (const Entry& e : entries_)
+            if (SameNoCase(e.section, s)) body += e.name + "=" + e.value + "\n";
+        if (body.empty()) continue;
         if (!out.empty()) out += "\n";
         if (!s.empty()) out += "[" + s + "]\n";
-        for (const Entry& e : entries_)
-            if (SameNoCase(e.section, s)) out += e.name + "=" + e.value + "\n";
+        out += body;
     }
     return out;
 }

@@ -5,13 +5,14 @@
 #include <memory>
 #include <vector>
 
-#include "host/app/host_api.h"
 #include "host/scene/frame_mesh.h"
 #include "host/scene/scene.h"
 #include "host/view/camera.h"
 #include "plugin/driver.h"
 #include "plugin/driver_select.h"
+#include "plugin/material.h"
 #include "plugin/mesh.h"
+#include "plugin/picture.h"
 
 namespace {
 
@@ -31,9 +32,11 @@ constexpr std::int32_t kValueWidth = 100;
 constexpr std::int32_t kValueHeight = 101;
 constexpr std::int32_t kValueColourBits = 102;
 
-// Outlines lie on their faces; this pulls them nearer (in units of 1024 depth steps) so the
-// faces do not hide them.
-constexpr std::uint32_t kOutlinePull = 512;
+// Outlines lie on their faces, so they are pulled nearer by this share of their distance for
+// the faces not to hide them.
+constexpr double kOutlinePull = 0.004;
+// The driver's depth offset counts in steps of this many depth units.
+constexpr double kDepthOffsetUnit = 1024.0;
 
 // Frame sizes the host accepts.
 constexpr std::int32_t kMaxSide = 16384;
@@ -123,15 +126,18 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
 
     q5_MATERIAL outline;
     outline.flags = q5_MATERIAL::kDrawEdges;
-    d.DepthOffset(kOutlinePull);
     for (std::size_t i = 0; i < objects.size(); ++i) {
         if (!objects[i].outlined && !request.edges) continue;
         FrameMesh edges;
         edges.BuildOutline(objects[i], &outline, scene.outlineColour, camera, volume);
+        const double z = std::max<double>(edges.CentreDepth(), volume.nearZ);
+        const auto pull = static_cast<std::uint32_t>(
+            std::max(1.0, volume.DepthStepsPerUnit(z) * kOutlinePull * z / kDepthOffsetUnit));
+        d.DepthOffset(pull);
         draw(edges, 1.0f, sides(objects[i]));
+        // Unsigned arithmetic wraps, so this takes the same pull back.
+        d.DepthOffset(0u - pull);
     }
-    // Unsigned arithmetic wraps, so this takes the same pull back.
-    d.DepthOffset(0u - kOutlinePull);
 
     for (std::size_t i : blended)
         draw(*meshes[i], objects[i].opacity, q5_FACERUN::kBlend | sides(objects[i]));

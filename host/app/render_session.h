@@ -7,7 +7,6 @@
 #include "host/formats/png_file.h"
 #include "host/view/host_view.h"
 
-class HostAPI;
 class Camera;
 class Scene;
 class DRIVER3D;
@@ -24,12 +23,13 @@ struct FrameRequest {
 
 class RenderSession {
 public:
-    explicit RenderSession(HostAPI& host) : host_(host) {}
+    RenderSession() = default;
     ~RenderSession() { Detach(); }
     RenderSession(const RenderSession&) = delete;
     RenderSession& operator=(const RenderSession&) = delete;
 
-    // Selects the software Z-buffer driver through the host and attaches it to the view.
+    // Selects the software Z-buffer driver through the core library's host (which creates it
+    // from the loaded module) and attaches it to the view.
     bool Attach(q5_PROGRESS* progress, std::string& error);
     // Drops the driver.
     void Detach();
@@ -42,7 +42,6 @@ public:
                 const FrameRequest& request, Image& image, std::string& error);
 
 private:
-    HostAPI& host_;
     HostView view_;
     DRIVER3D* driver_ = nullptr;
 };

@@ -44,8 +44,8 @@ public:
         Image image;
         HostPicture* picture = nullptr;
         if (ReadPng(full, image, warning))
-            picture = scene_.Hold(
-                HostPicture::FromPixels(image.width, image.height, image.channels, image.pixels.data()));
+            picture = scene_.Hold(HostPicture::FromPixels(image.width, image.height, image.channels,
+                                                          image.pixels.data()));
         textures_[full] = picture;
         return picture;
     }
@@ -121,9 +121,9 @@ bool LoadModel(const std::string& path, Scene& scene, std::string& error) {
         for (unsigned v = 0; v < mesh.mNumVertices; ++v) {
             const aiVector3D& p = mesh.mVertices[v];
             const aiVector3D& n = mesh.mNormals[v];
-            const POINT2D uv = mesh.HasTextureCoords(0)
-                                   ? POINT2D(mesh.mTextureCoords[0][v].x, mesh.mTextureCoords[0][v].y)
-                                   : POINT2D(0, 0);
+            const POINT2D uv = mesh.HasTextureCoords(0) ? POINT2D(mesh.mTextureCoords[0][v].x,
+                                                                  mesh.mTextureCoords[0][v].y)
+                                                        : POINT2D(0, 0);
             g.positions.emplace_back(p.x, p.y, p.z);
             g.normals.emplace_back(n.x, n.y, n.z);
             g.uvs.push_back(uv);

@@ -61,12 +61,13 @@ void BuildDemo(Scene& scene) {
     scene.background[0] = Rgb8(28, 36, 64);
     scene.background[1] = Rgb8(176, 188, 208);
     scene.yaw = 28;
-    scene.pitch = 24;
-    AddGround(scene, 16, 16);
+    scene.pitch = 15;
+    scene.fit = 0.85;
+    AddGround(scene, 40, 24);
 
     SceneObject sphere;
     sphere.name = "sphere";
-    sphere.geometry = MakeSphere(1.0f, 24, 40);
+    sphere.geometry = MakeGeodesicSphere(1.0f, 4);
     sphere.placement = Placed(-1.7f, 1.0f, 0.2f);
     sphere.material = Plain(scene, "red gloss", {0.85f, 0.16f, 0.12f}, 0.55f);
     scene.AddObject(std::move(sphere));
@@ -81,8 +82,8 @@ void BuildDemo(Scene& scene) {
 
     SceneObject pillar;
     pillar.name = "pillar";
-    pillar.geometry = MakeCylinder(0.45f, 1.6f, 10);
-    pillar.placement = Placed(-0.3f, 0.8f, -2.0f);
+    pillar.geometry = MakeCylinder(0.5f, 2.2f, 12);
+    pillar.placement = Placed(-0.6f, 1.1f, -2.6f);
     pillar.material = Plain(scene, "green", {0.35f, 0.72f, 0.3f}, 0.2f);
     pillar.outlined = true;
     scene.AddObject(std::move(pillar));

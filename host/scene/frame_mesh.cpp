@@ -113,10 +113,10 @@ void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
         const POINT3D& p = worldPositions[i];
         const POINT3D toEye = Unit(POINT3D(eye.x - p.x, eye.y - p.y, eye.z - p.z));
         const POINT3D& n = worldNormals[i];
-        primary_[i] = VertexColour(
-            lighting.Shade(n, toEye, base, material.specular, material.shininess));
-        const Rgb back = lighting.Shade(POINT3D(-n.x, -n.y, -n.z), toEye, base,
-                                        material.specular, material.shininess);
+        primary_[i] =
+            VertexColour(lighting.Shade(n, toEye, base, material.specular, material.shininess));
+        const Rgb back = lighting.Shade(POINT3D(-n.x, -n.y, -n.z), toEye, base, material.specular,
+                                        material.shininess);
         secondary_[i] = Colour6(Byte(back.red), Byte(back.green), Byte(back.blue));
     }
     faceColours_.assign(faces_.size(), Colour6(Byte(base.red), Byte(base.green), Byte(base.blue)));
@@ -126,13 +126,12 @@ void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
     mesh_.secondaryColours = secondary_.data();
 }
 
-void FrameMesh::BuildOutline(const SceneObject& object, q5_MATERIAL* outline,
-                             std::uint32_t colour, const Camera& camera,
-                             const ViewVolume& volume) {
+void FrameMesh::BuildOutline(const SceneObject& object, q5_MATERIAL* outline, std::uint32_t colour,
+                             const Camera& camera, const ViewVolume& volume) {
     Place(object, camera, volume, nullptr, nullptr);
-    faceColours_.assign(faces_.size(),
-                        Colour6(static_cast<std::uint8_t>(colour), static_cast<std::uint8_t>(colour >> 8),
-                                static_cast<std::uint8_t>(colour >> 16)));
+    faceColours_.assign(faces_.size(), Colour6(static_cast<std::uint8_t>(colour),
+                                               static_cast<std::uint8_t>(colour >> 8),
+                                               static_cast<std::uint8_t>(colour >> 16)));
     primary_.clear();
     secondary_.clear();
     Link(outline);

@@ -1,8 +1,7 @@
 // Creation and filling of the host's pictures.
 #include "host/scene/host_picture.h"
 
-HostPicture* HostPicture::Create(std::int32_t width, std::int32_t height,
-                                 std::uint16_t bitCount) {
+HostPicture* HostPicture::Create(std::int32_t width, std::int32_t height, std::uint16_t bitCount) {
     if (width < 1 || height < 1 || (bitCount != 24 && bitCount != 32)) return nullptr;
     auto* p = new HostPicture;
     p->info_.biSize = sizeof(q5_BITMAPINFOHEADER);
@@ -28,8 +27,8 @@ HostPicture* HostPicture::FromPixels(std::int32_t width, std::int32_t height, in
     if (p == nullptr) return nullptr;
     for (std::int32_t y = 0; y < height; ++y)
         for (std::int32_t x = 0; x < width; ++x) {
-            const std::uint8_t* s =
-                pixels + (static_cast<std::size_t>(y) * width + x) * static_cast<std::size_t>(channels);
+            const std::uint8_t* s = pixels + (static_cast<std::size_t>(y) * width + x) *
+                                                 static_cast<std::size_t>(channels);
             p->SetPixel(x, y, s[0], s[1], s[2], channels == 4 ? s[3] : 255);
         }
     return p;

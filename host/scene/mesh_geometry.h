@@ -15,8 +15,8 @@ struct MeshGeometry {
     };
 
     std::vector<POINT3D> positions;
-    std::vector<POINT3D> normals;  // one unit normal per position
-    std::vector<POINT2D> uvs;      // empty, or one per position
+    std::vector<POINT3D> normals; // one unit normal per position
+    std::vector<POINT2D> uvs;     // empty, or one per position
     std::vector<Triangle> triangles;
 
     std::uint32_t AddVertex(const POINT3D& position, const POINT3D& normal, const POINT2D& uv);

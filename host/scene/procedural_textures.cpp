@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace {
 
@@ -37,41 +36,27 @@ HostPicture* MakeCheckerPicture(std::int32_t size, int cells, std::uint32_t ligh
 HostPicture* MakeEnvironmentPicture(std::int32_t size) {
     HostPicture* p = HostPicture::Create(size, size, 24);
     if (p == nullptr) return p;
-    constexpr double kTwoPi = 2.0 * std::numbers::pi;
-    // The sun, up and to the left behind the viewer.
-    const double sun[3] = {-0.45, 0.75, -0.48};
-    const double sunLength = std::sqrt(sun[0] * sun[0] + sun[1] * sun[1] + sun[2] * sun[2]);
+    // Bands of light and dark around the line of sight, as a studio reflects in chrome.
+    struct Band {
+        double t;
+        double red, green, blue;
+    };
+    constexpr Band kBands[] = {
+        {0.00, 215, 220, 230}, {0.22, 120, 126, 140}, {0.36, 36, 38, 48},  {0.44, 60, 62, 74},
+        {0.50, 250, 250, 255}, {0.60, 150, 190, 235}, {1.00, 50, 95, 170},
+    };
+    constexpr int kBandCount = static_cast<int>(sizeof kBands / sizeof kBands[0]);
     for (std::int32_t row = 0; row < size; ++row) {
         // Rows count from the top of the picture; t counts from its bottom.
         const double t = 1.0 - (row + 0.5) / size;
-        const double z = 1.0 - 2.0 * t;
-        const double across = std::sqrt(std::max(0.0, 1.0 - z * z));
-        for (std::int32_t column = 0; column < size; ++column) {
-            const double s = (column + 0.5) / size;
-            // Inverse of the renderer's s = atan2(y, -x) / 2pi + 0.75 (mod 1).
-            const double angle = (s - 0.75) * kTwoPi;
-            const double x = -across * std::cos(angle), y = across * std::sin(angle);
-            double red, green, blue;
-            if (y >= 0) {
-                const double h = std::pow(y, 0.6);
-                red = 235 + (70 - 235) * h;
-                green = 240 + (120 - 240) * h;
-                blue = 250 + (200 - 250) * h;
-            } else {
-                const double d = std::pow(-y, 0.5);
-                red = 150 + (60 - 150) * d;
-                green = 130 + (45 - 130) * d;
-                blue = 105 + (35 - 105) * d;
-            }
-            const double toSun = (x * sun[0] + y * sun[1] + z * sun[2]) / sunLength;
-            if (toSun > 0.96) {
-                const double glow = std::min(1.0, (toSun - 0.96) / 0.03);
-                red += (255 - red) * glow;
-                green += (250 - green) * glow;
-                blue += (235 - blue) * glow;
-            }
-            p->SetPixel(column, row, Mix(0, red, 1), Mix(0, green, 1), Mix(0, blue, 1));
-        }
+        int k = 0;
+        while (k + 2 < kBandCount && t > kBands[k + 1].t) ++k;
+        const Band& a = kBands[k];
+        const Band& b = kBands[k + 1];
+        const double f = std::clamp((t - a.t) / (b.t - a.t), 0.0, 1.0);
+        for (std::int32_t column = 0; column < size; ++column)
+            p->SetPixel(column, row, Mix(a.red, b.red, f), Mix(a.green, b.green, f),
+                        Mix(a.blue, b.blue, f));
     }
     return p;
 }

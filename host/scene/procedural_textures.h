@@ -10,7 +10,7 @@
 HostPicture* MakeCheckerPicture(std::int32_t size, int cells, std::uint32_t light,
                                 std::uint32_t dark);
 
-// A sphere map of an outdoor scene: sky above the horizon, ground below it and a bright sun,
-// laid out the way the renderer's sphere mapping reads reflections (s around the line of sight,
-// t from straight away from the eye at 0 to straight back at it at 1).
+// A sphere map for chrome. The renderer's sphere mapping reads s around the line of sight and
+// t from straight away from the eye (0) to straight back at it (1); this picture changes with t
+// only, because a triangle whose reflections straddle the s = 0 / 1 seam sweeps every column.
 HostPicture* MakeEnvironmentPicture(std::int32_t size);

@@ -33,26 +33,29 @@ Bounds Scene::AllBounds() const {
     return BoundsOf(false);
 }
 
-// The box around the placed corners, then the sphere around the box.
+// Centred on the box around the placed corners, reaching the farthest corner.
 Bounds Scene::BoundsOf(bool framedOnly) const {
     float lo[3] = {FLT_MAX, FLT_MAX, FLT_MAX}, hi[3] = {-FLT_MAX, -FLT_MAX, -FLT_MAX};
-    bool any = false;
+    std::vector<POINT3D> placed;
     for (const SceneObject& o : objects_) {
         if (framedOnly && !o.framed) continue;
         for (const POINT3D& p : o.geometry.positions) {
-            const POINT3D w = o.placement.PointTransform(p);
+            placed.push_back(o.placement.PointTransform(p));
             for (int k = 0; k < 3; ++k) {
-                lo[k] = std::min(lo[k], w[k]);
-                hi[k] = std::max(hi[k], w[k]);
+                lo[k] = std::min(lo[k], placed.back()[k]);
+                hi[k] = std::max(hi[k], placed.back()[k]);
             }
-            any = true;
         }
     }
     Bounds b;
-    if (!any) return b;
+    if (placed.empty()) return b;
     b.empty = false;
     b.centre = POINT3D((lo[0] + hi[0]) / 2, (lo[1] + hi[1]) / 2, (lo[2] + hi[2]) / 2);
-    const float dx = hi[0] - lo[0], dy = hi[1] - lo[1], dz = hi[2] - lo[2];
-    b.radius = std::sqrt(dx * dx + dy * dy + dz * dz) / 2;
+    float farthest = 0;
+    for (const POINT3D& p : placed) {
+        const float dx = p.x - b.centre.x, dy = p.y - b.centre.y, dz = p.z - b.centre.z;
+        farthest = std::max(farthest, dx * dx + dy * dy + dz * dz);
+    }
+    b.radius = std::sqrt(farthest);
     return b;
 }

@@ -24,9 +24,9 @@ struct HostMaterial {
 struct SceneObject {
     std::string name;
     MeshGeometry geometry;
-    MATRIX3D placement;    // object to world
+    MATRIX3D placement; // object to world
     std::size_t material = 0;
-    float opacity = 1.0f;  // below 1 the object is blended, after every opaque one
+    float opacity = 1.0f; // below 1 the object is blended, after every opaque one
     bool twoSided = false;
     bool outlined = false; // drawn, then outlined along its model edges
     bool framed = true;    // counts when the default camera frames the scene
@@ -63,6 +63,8 @@ public:
     std::uint32_t outlineColour = 0x00101010;
     // Suggested orbit of the default camera, in degrees.
     double yaw = 30.0, pitch = 20.0, fovY = 40.0;
+    // Scales the distance at which the default camera fits the framed objects.
+    double fit = 1.0;
 
 private:
     Bounds BoundsOf(bool framedOnly) const;

@@ -1,8 +1,13 @@
 // Procedural shapes.
 #include "host/scene/shapes.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <map>
 #include <numbers>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -35,6 +40,48 @@ MeshGeometry MakeSphere(float radius, int rings, int segments) {
     return m;
 }
 
+MeshGeometry MakeGeodesicSphere(float radius, int splits) {
+    const float g = (1.0f + std::sqrt(5.0f)) / 2.0f;
+    std::vector<POINT3D> points = {{-1, g, 0}, {1, g, 0}, {-1, -g, 0}, {1, -g, 0},
+                                   {0, -1, g}, {0, 1, g}, {0, -1, -g}, {0, 1, -g},
+                                   {g, 0, -1}, {g, 0, 1}, {-g, 0, -1}, {-g, 0, 1}};
+    std::vector<std::array<std::uint32_t, 3>> faces = {
+        {0, 11, 5},  {0, 5, 1},  {0, 1, 7},  {0, 7, 10}, {0, 10, 11}, {1, 5, 9}, {5, 11, 4},
+        {11, 10, 2}, {10, 7, 6}, {7, 1, 8},  {3, 9, 4},  {3, 4, 2},   {3, 2, 6}, {3, 6, 8},
+        {3, 8, 9},   {4, 9, 5},  {2, 4, 11}, {6, 2, 10}, {8, 6, 7},   {9, 8, 1}};
+    for (POINT3D& p : points) p.Normalize();
+    for (int level = 0; level < splits; ++level) {
+        std::map<std::pair<std::uint32_t, std::uint32_t>, std::uint32_t> middles;
+        const auto middle = [&](std::uint32_t a, std::uint32_t b) {
+            const auto key = std::minmax(a, b);
+            const auto found = middles.find(key);
+            if (found != middles.end()) return found->second;
+            POINT3D m((points[a].x + points[b].x) / 2, (points[a].y + points[b].y) / 2,
+                      (points[a].z + points[b].z) / 2);
+            m.Normalize();
+            points.push_back(m);
+            const auto index = static_cast<std::uint32_t>(points.size() - 1);
+            middles[key] = index;
+            return index;
+        };
+        std::vector<std::array<std::uint32_t, 3>> finer;
+        for (const auto& f : faces) {
+            const std::uint32_t ab = middle(f[0], f[1]), bc = middle(f[1], f[2]),
+                                ca = middle(f[2], f[0]);
+            finer.push_back({f[0], ab, ca});
+            finer.push_back({f[1], bc, ab});
+            finer.push_back({f[2], ca, bc});
+            finer.push_back({ab, bc, ca});
+        }
+        faces.swap(finer);
+    }
+    MeshGeometry m;
+    for (const POINT3D& p : points)
+        m.AddVertex(POINT3D(p.x * radius, p.y * radius, p.z * radius), p, POINT2D(0, 0));
+    for (const auto& f : faces) m.AddTriangle(f[0], f[1], f[2]);
+    return m;
+}
+
 MeshGeometry MakeTorus(float majorRadius, float minorRadius, int rings, int sides) {
     MeshGeometry m;
     for (int i = 0; i <= rings; ++i) {
@@ -49,9 +96,12 @@ MeshGeometry MakeTorus(float majorRadius, float minorRadius, int rings, int side
                                 static_cast<float>(j) / static_cast<float>(sides)));
         }
     }
-    const auto at = [sides](int i, int j) { return static_cast<std::uint32_t>(i * (sides + 1) + j); };
+    const auto at = [sides](int i, int j) {
+        return static_cast<std::uint32_t>(i * (sides + 1) + j);
+    };
     for (int i = 0; i < rings; ++i)
-        for (int j = 0; j < sides; ++j) m.AddQuad(at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
+        for (int j = 0; j < sides; ++j)
+            m.AddQuad(at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
     return m;
 }
 
@@ -91,9 +141,12 @@ MeshGeometry MakeGround(float size, int cells, float repeat) {
             m.AddVertex(POINT3D((fx - 0.5f) * size, 0, (fz - 0.5f) * size), up,
                         POINT2D(fx * repeat, fz * repeat));
         }
-    const auto at = [cells](int i, int j) { return static_cast<std::uint32_t>(i * (cells + 1) + j); };
+    const auto at = [cells](int i, int j) {
+        return static_cast<std::uint32_t>(i * (cells + 1) + j);
+    };
     for (int i = 0; i < cells; ++i)
-        for (int j = 0; j < cells; ++j) m.AddQuad(at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
+        for (int j = 0; j < cells; ++j)
+            m.AddQuad(at(i, j), at(i + 1, j), at(i + 1, j + 1), at(i, j + 1));
     return m;
 }
 
@@ -112,8 +165,10 @@ MeshGeometry MakeCylinder(float radius, float height, int segments) {
         const std::uint32_t now[4] = {
             m.AddVertex(POINT3D(radius * c, h, radius * s), side, POINT2D(u, 1)),
             m.AddVertex(POINT3D(radius * c, -h, radius * s), side, POINT2D(u, 0)),
-            m.AddVertex(POINT3D(radius * c, h, radius * s), up, POINT2D(0.5f + c / 2, 0.5f + s / 2)),
-            m.AddVertex(POINT3D(radius * c, -h, radius * s), down, POINT2D(0.5f + c / 2, 0.5f + s / 2)),
+            m.AddVertex(POINT3D(radius * c, h, radius * s), up,
+                        POINT2D(0.5f + c / 2, 0.5f + s / 2)),
+            m.AddVertex(POINT3D(radius * c, -h, radius * s), down,
+                        POINT2D(0.5f + c / 2, 0.5f + s / 2)),
         };
         if (j > 0) {
             m.AddQuad(previous[0], previous[1], now[1], now[0]);

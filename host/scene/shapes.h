@@ -6,6 +6,9 @@
 
 // Smooth sphere; s runs around the y axis, t from the bottom pole up.
 MeshGeometry MakeSphere(float radius, int rings, int segments);
+// Sphere of near-equal triangles (an icosahedron split `splits` times), free of the thin
+// triangles a latitude-longitude sphere has at its poles; texture coordinates are all 0.
+MeshGeometry MakeGeodesicSphere(float radius, int splits);
 // Ring around the y axis: major radius to the tube's centre, minor radius of the tube.
 MeshGeometry MakeTorus(float majorRadius, float minorRadius, int rings, int sides);
 // Box with flat faces (each face its own corners), each face mapped to the whole texture.

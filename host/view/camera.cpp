@@ -21,8 +21,7 @@ void Camera::LookAt(const POINT3D& eye, const POINT3D& target, const POINT3D& up
     for (auto& row : worldToView_.m) row[0] = -row[0];
 }
 
-void Camera::Orbit(const POINT3D& target, double yawDegrees, double pitchDegrees,
-                   double distance) {
+void Camera::Orbit(const POINT3D& target, double yawDegrees, double pitchDegrees, double distance) {
     const double yaw = yawDegrees * std::numbers::pi / 180.0;
     const double pitch = std::clamp(pitchDegrees, -89.0, 89.0) * std::numbers::pi / 180.0;
     const POINT3D eye(static_cast<float>(target.x + distance * std::cos(pitch) * std::sin(yaw)),

@@ -9,6 +9,8 @@ namespace {
 
 // Room left around the framed objects, as a share of the frame.
 constexpr double kMargin = 1.08;
+// The near plane stays at least this share of the camera distance away from the eye.
+constexpr double kNearShare = 0.2;
 
 } // namespace
 
@@ -20,7 +22,7 @@ Framing FrameScene(const Bounds& framed, const Bounds& all, const Shot& shot, st
     const double halfY = shot.fovY * std::numbers::pi / 360.0;
     const double halfX = std::atan(std::tan(halfY) * width / std::max(height, 1));
     f.distance = shot.distance > 0 ? shot.distance
-                                   : kMargin * radius / std::sin(std::min(halfX, halfY));
+                                   : shot.fit * kMargin * radius / std::sin(std::min(halfX, halfY));
     f.camera.Orbit(centre, shot.yaw, shot.pitch, f.distance);
 
     // Depth precision follows the ratio far / near, so the planes sit just around the scene.
@@ -31,7 +33,8 @@ Framing FrameScene(const Bounds& framed, const Bounds& all, const Shot& shot, st
     const double toCentre = std::sqrt(dx * dx + dy * dy + dz * dz);
     const double extent = reach.empty ? radius : std::max<double>(reach.radius, radius);
     const double farZ = toCentre + extent * 1.01 + 1e-3;
-    const double nearZ = std::max(toCentre - extent * 1.01, farZ * 1e-3);
+    // Whatever lies much nearer than the framed objects is cut away, for the same reason.
+    const double nearZ = std::max(toCentre - extent * 1.01, f.distance * kNearShare);
     f.volume = ViewVolume::Perspective(width, height, shot.fovY, nearZ, farZ);
     return f;
 }

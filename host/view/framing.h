@@ -10,6 +10,7 @@
 struct Shot {
     double yaw = 30.0, pitch = 20.0; // degrees
     double distance = 0.0;           // from the framed centre; 0 or less: fit the framed objects
+    double fit = 1.0;                // scales the fitted distance
     double fovY = 40.0;              // degrees
 };
 

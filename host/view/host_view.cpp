@@ -36,8 +36,7 @@ bool HostView::ClipPolygon(ScreenVertex* const corners[3], ScreenVertex* out, in
     return Clip(corners, out, count, false);
 }
 
-bool HostView::ClipTexturedPolygon(ScreenVertex* const corners[3], ScreenVertex* out,
-                                   int& count) {
+bool HostView::ClipTexturedPolygon(ScreenVertex* const corners[3], ScreenVertex* out, int& count) {
     return Clip(corners, out, count, true);
 }
 
@@ -61,8 +60,9 @@ bool HostView::Clip(ScreenVertex* const corners[3], ScreenVertex* out, int& coun
         v.blue = c.blue;
         planes |= c.clipCode;
     }
-    count = in < 3 ? 0 : ClipPolygonToVolume(volume_, planes & kClipAllPlanes, polygon, in,
-                                             withTexture);
+    count = in < 3
+                ? 0
+                : ClipPolygonToVolume(volume_, planes & kClipAllPlanes, polygon, in, withTexture);
     for (int i = 0; i < count; ++i) {
         const ClipVertex& v = polygon[i];
         ScreenVertex& o = out[i];

@@ -38,13 +38,18 @@ double ViewVolume::PlaneDistance(std::uint8_t planeBit, double x, double y, doub
 
 std::uint8_t ViewVolume::ClipCode(double x, double y, double z) const {
     std::uint8_t code = 0;
-    for (std::uint8_t bit = kClipNear; bit <= kClipBottom; bit = static_cast<std::uint8_t>(bit << 1))
+    for (std::uint8_t bit = kClipNear; bit <= kClipBottom;
+         bit = static_cast<std::uint8_t>(bit << 1))
         if (PlaneDistance(bit, x, y, z) < 0.0) code |= bit;
     return code;
 }
 
 double ViewVolume::NdcDepth(double z) const {
     return (farZ + nearZ) / (farZ - nearZ) - 2.0 * farZ * nearZ / ((farZ - nearZ) * z);
+}
+
+double ViewVolume::DepthStepsPerUnit(double z) const {
+    return DepthScale() * 2.0 * farZ * nearZ / ((farZ - nearZ) * z * z);
 }
 
 ScreenPosition ViewVolume::Project(double x, double y, double z) const {

@@ -41,6 +41,8 @@ struct ViewVolume {
     double DepthScale() const { return kDepthRange / 2; }
     double DepthOffset() const { return kDepthRange / 2; }
     double NdcDepth(double z) const;
+    // Integer depth steps per unit of distance along the line of sight, at distance z.
+    double DepthStepsPerUnit(double z) const;
     // A point at or behind the eye is treated as lying on the near plane.
     ScreenPosition Project(double x, double y, double z) const;
 };

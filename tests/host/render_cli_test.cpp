@@ -1,0 +1,191 @@
+// tessera-render end to end: pictures against committed golden images, and bad input.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "host/formats/png_file.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A pixel differs when one of its channels is off by more than this...
+constexpr int kChannelTolerance = 3;
+// ...and a picture matches its golden image while at most this share of its pixels differ.
+constexpr double kDifferingShare = 0.005;
+
+const fs::path kOut = "render_cli_out";
+
+struct Outcome {
+    int exit = -1;
+    std::string out, err;
+};
+
+std::string Slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// Files of the running test case, so that test cases may run side by side.
+fs::path OwnFile(const std::string& what) {
+    const testing::TestInfo* t = testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(t->test_suite_name()) + "." + t->name() + "." + what;
+    for (char& c : name)
+        if (c == '/') c = '_';
+    return kOut / name;
+}
+
+// Runs the program through the shell; a crash shows as an exit code above 128.
+Outcome Render(const std::string& args) {
+    fs::create_directories(kOut);
+    const fs::path out = OwnFile("stdout"), err = OwnFile("stderr"), code = OwnFile("exit");
+    const std::string command = "\"" TESSERA_RENDER "\" " + args + " > " + out.string() + " 2> " +
+                                err.string() + "; echo $? > " + code.string();
+    Outcome r;
+    if (std::system(command.c_str()) != 0) return r;
+    r.exit = std::atoi(Slurp(code).c_str());
+    r.out = Slurp(out);
+    r.err = Slurp(err);
+    return r;
+}
+
+int Lines(const std::string& text) {
+    int n = 0;
+    for (char c : text) n += c == '\n';
+    return n;
+}
+
+// Renders `args` to NAME.png and compares it with golden/NAME.png. With TESSERA_UPDATE_GOLDEN
+// set in the environment the rendering replaces the golden image instead.
+void ExpectMatchesGolden(const std::string& name, const std::string& args) {
+    const fs::path rendered = kOut / (name + ".png");
+    const fs::path golden = fs::path(TESSERA_GOLDEN_DIR) / (name + ".png");
+    fs::remove(rendered);
+    const Outcome r = Render(args + " -o " + rendered.string());
+    ASSERT_EQ(r.exit, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    if (std::getenv("TESSERA_UPDATE_GOLDEN") != nullptr) {
+        fs::copy_file(rendered, golden, fs::copy_options::overwrite_existing);
+        return;
+    }
+    Image got, want;
+    std::string error;
+    ASSERT_TRUE(ReadPng(rendered.string(), got, error)) << error;
+    ASSERT_TRUE(ReadPng(golden.string(), want, error)) << error;
+    ASSERT_EQ(got.width, want.width);
+    ASSERT_EQ(got.height, want.height);
+    ASSERT_EQ(got.channels, 3);
+    ASSERT_EQ(want.channels, 3);
+    long differing = 0;
+    int worst = 0;
+    for (std::int32_t y = 0; y < got.height; ++y)
+        for (std::int32_t x = 0; x < got.width; ++x) {
+            int d = 0;
+            for (int k = 0; k < 3; ++k)
+                d = std::max(d, std::abs(got.Pixel(x, y)[k] - want.Pixel(x, y)[k]));
+            worst = std::max(worst, d);
+            differing += d > kChannelTolerance;
+        }
+    const long allowed = static_cast<long>(kDifferingShare * got.width * got.height);
+    EXPECT_LE(differing, allowed) << name << ": largest channel difference " << worst;
+}
+
+} // namespace
+
+TEST(RenderGolden, DemoScene) {
+    ExpectMatchesGolden("demo", "--size 256x144");
+}
+
+TEST(RenderGolden, TexturedCubeWithEveryEdgeOutlined) {
+    ExpectMatchesGolden("cube_edges", "--scene cube --size 96x96 --edges");
+}
+
+TEST(RenderGolden, GroundClippedByTheViewVolumeWithDepthFade) {
+    ExpectMatchesGolden("clip_fade", "--scene clip --size 128x96 --fade");
+}
+
+TEST(RenderGolden, BlendedSphereSupersampledOverAGivenGradient) {
+    ExpectMatchesGolden("glass_supersample",
+                        "--scene glass --size 96x96 --supersample --background '#f0f0f0,#404060'");
+}
+
+#if defined(TESSERA_HAVE_ASSIMP)
+TEST(RenderGolden, ModelFileWithItsMaterial) {
+    ExpectMatchesGolden("pyramid",
+                        std::string(TESSERA_TEST_DATA) + "/pyramid.obj --size 96x96 --orbit 30,25");
+}
+#endif
+
+TEST(RenderSequence, FramesAreNumberedWithAProgressLine) {
+    for (int i = 0; i < 3; ++i) fs::remove(kOut / ("turn_00" + std::to_string(i) + ".png"));
+    const Outcome r =
+        Render("--scene cube --size 32x32 --frames 3 -o " + (kOut / "turn.png").string());
+    ASSERT_EQ(r.exit, 0) << r.err;
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(fs::exists(kOut / ("turn_00" + std::to_string(i) + ".png")));
+    EXPECT_FALSE(fs::exists(kOut / "turn.png"));
+    EXPECT_NE(r.err.find("frame 3/3"), std::string::npos);
+}
+
+TEST(RenderCommandLine, HelpGoesToStandardOutput) {
+    const Outcome r = Render("--help");
+    EXPECT_EQ(r.exit, 0);
+    EXPECT_EQ(r.out.rfind("Usage: tessera-render", 0), 0u);
+    EXPECT_EQ(r.err, "");
+}
+
+// Each bad input: a non-zero exit (not a crash), one line on standard error, no picture.
+struct BadInput {
+    const char* name;
+    const char* args;
+    int exit;
+    const char* says;
+};
+
+void PrintTo(const BadInput& c, std::ostream* os) {
+    *os << c.args;
+}
+
+class RenderBadInput : public testing::TestWithParam<BadInput> {};
+
+TEST_P(RenderBadInput, FailsWithOneLineAndNoPicture) {
+    const BadInput& c = GetParam();
+    const fs::path picture = OwnFile("bad.png");
+    fs::remove(picture);
+    const std::string args = c.args;
+    const bool ownOutput = args.find("-o ") != std::string::npos;
+    const Outcome r = Render(args + (ownOutput ? "" : " -o " + picture.string()));
+    EXPECT_EQ(r.exit, c.exit) << r.err;
+    EXPECT_EQ(Lines(r.err), 1) << r.err;
+    EXPECT_NE(r.err.find(c.says), std::string::npos) << r.err;
+    EXPECT_FALSE(fs::exists(picture));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RenderBadInput,
+    testing::Values(BadInput{"ZeroSize", "--size 0x10", 2, "--size"},
+                    BadInput{"HugeSize", "--size 100000x100000", 2, "--size"},
+                    BadInput{"UnknownOption", "--bogus", 2, "unknown option --bogus"},
+                    BadInput{"UnknownScene", "--scene nowhere", 2, "unknown scene"},
+                    BadInput{"MissingModel", "no_such_model.obj", 1, "no_such_model.obj"},
+                    BadInput{"MissingDriver", "--driver ./no_such_driver.so", 1, "no_such_driver"},
+                    BadInput{"MissingFolder", "-o render_cli_out/missing/x.png", 1,
+                             "does not exist"},
+                    BadInput{"OutputIsAFolder", "-o render_cli_out", 1, "folder"}),
+    [](const testing::TestParamInfo<BadInput>& info) { return std::string(info.param.name); });
+
+TEST(RenderOutput, FailedWriteLeavesNoFileBehind) {
+    // The folder exists, but nothing can be created in it, not even by root.
+    const Outcome r = Render("--scene cube --size 16x16 -o /proc/tessera_test.png");
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_EQ(Lines(r.err), 1) << r.err;
+    EXPECT_NE(r.err.find("cannot write /proc/tessera_test.png"), std::string::npos) << r.err;
+    for (const auto& entry : fs::directory_iterator("/proc"))
+        EXPECT_EQ(entry.path().filename().string().rfind("tessera_test", 0), std::string::npos);
+}
