@@ -16,6 +16,12 @@ namespace {
 constexpr std::int32_t kEmptyDepth = 0x7FFFFFFF;
 constexpr std::int32_t kOutOfMemoryId = 10;
 
+// Lines go two pixels wide whenever the frame is drawn at double resolution.
+void SetDoubleResolution(RasterContext& rc, std::int32_t on) {
+    rc.doubleResolution = on;
+    rc.wideLines = on != 0 ? 1 : 0;
+}
+
 void ZeroRasterSurface(RasterContext& rc) {
     rc.colourBase = nullptr;
     rc.depthBase = nullptr;
@@ -23,7 +29,7 @@ void ZeroRasterSurface(RasterContext& rc) {
     rc.clipWidth = rc.clipHeight = rc.rowBias = 0;
     rc.clipMinX = rc.clipMinY = 0;
     rc.clipMaxX = rc.clipMaxY = -1;
-    rc.doubleResolution = 0;
+    SetDoubleResolution(rc, 0);
 }
 
 std::uint8_t Red(std::uint32_t c) {
@@ -51,7 +57,7 @@ void IZB::MakeCurrent() {
     rc.clipMinY = surface.y0;
     rc.clipMaxX = surface.x1;
     rc.clipMaxY = surface.y1;
-    rc.doubleResolution = surface.supersampling;
+    SetDoubleResolution(rc, surface.supersampling);
 }
 
 void IZB::CreateSurfaces() {
@@ -190,7 +196,7 @@ void IZB::BeginSupersampled() {
     colourBitmap = nullptr;
     Resize(2 * width, 2 * height);
     surface.supersampling = 1;
-    ModuleRasterContext().doubleResolution = 1;
+    SetDoubleResolution(ModuleRasterContext(), 1);
     Renderer().supersampleRequest = true;
 }
 
@@ -220,7 +226,7 @@ void IZB::EndSupersampled() {
     q5plat::DeleteBitmap(large);
     savedBitmap = nullptr;
     surface.supersampling = 0;
-    ModuleRasterContext().doubleResolution = 0;
+    SetDoubleResolution(ModuleRasterContext(), 0);
 }
 
 bool IZB::FrameStep(std::int32_t phase) {
@@ -249,7 +255,7 @@ bool IZB::FrameStep(std::int32_t phase) {
     case 6:
         Renderer().supersampleRequest = false;
         surface.supersampling = 0;
-        ModuleRasterContext().doubleResolution = 0;
+        SetDoubleResolution(ModuleRasterContext(), 0);
         break;
     default:
         break;

@@ -1,0 +1,240 @@
+// Whole frames through the real pipeline: the reference host loads the module, its view clips
+// and projects, the driver walks face groups. The demo scene at 1920 x 1080 and the shared
+// ellipsoid mesh, beside llvmpipe (OSMesa, one thread) drawing the same mesh in the same run.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "bench/osmesa_peer.h"
+#include "bench/workloads.h"
+#include "core/platform/module.h"
+#include "host/app/host_api.h"
+#include "host/app/ini_settings.h"
+#include "host/app/plugin_module.h"
+#include "host/app/render_session.h"
+#include "host/scene/builtin_scenes.h"
+#include "host/scene/scene.h"
+#include "host/view/framing.h"
+#include "plugin/driver.h"
+#include "plugin/material.h"
+#include "plugin/mesh.h"
+
+namespace {
+
+// The module from the bench's own folder, initialised once for the whole run.
+struct Pipeline {
+    IniSettings settings;
+    HostAPI host{settings};
+    PluginModule module;
+    RenderSession session;
+    bool ready = false;
+    std::string error;
+
+    Pipeline() {
+        char path[4096];
+        std::string folder = ".";
+        if (q5plat::GetProgramFileNameA(path, sizeof path) != 0) {
+            folder = path;
+            folder = folder.substr(0, folder.find_last_of("/\\"));
+        }
+        host.SetProgramName("pipeline_bench");
+        host.SetProgramFolder(folder);
+        if (!module.Load(PluginModule::DefaultPath(folder))) {
+            error = module.Error();
+            return;
+        }
+        host.SetDriverModule(&module);
+        if (!module.Init(&host)) {
+            error = module.Error();
+            return;
+        }
+        ready = session.Attach(nullptr, error);
+    }
+};
+
+Pipeline& Shared() {
+    static Pipeline pipeline;
+    return pipeline;
+}
+
+void DemoFrame(benchmark::State& state) {
+    Pipeline& p = Shared();
+    Scene scene;
+    if (!p.ready || !BuildBuiltInScene("demo", scene)) {
+        state.SkipWithError(p.error.empty() ? "no demo scene" : p.error.c_str());
+        return;
+    }
+    FrameRequest request;
+    request.width = 1920;
+    request.height = 1080;
+    request.background[0] = scene.background[0];
+    request.background[1] = scene.background[1];
+    Shot shot;
+    shot.yaw = scene.yaw;
+    shot.pitch = scene.pitch;
+    shot.fovY = scene.fovY;
+    shot.fit = scene.fit;
+    const Framing framing =
+        FrameScene(scene.FramedBounds(), scene.AllBounds(), shot, request.width, request.height);
+    Image image;
+    std::string error;
+    for (auto _ : state) {
+        if (!p.session.Render(scene, framing.camera, framing.volume, request, image, error)) {
+            state.SkipWithError(error.c_str());
+            return;
+        }
+    }
+}
+
+// The mesh placed in view space so that the view's projection lands every vertex on the
+// workload's pixel position; depth order follows the workload's z.
+struct ViewSpaceMesh {
+    ViewVolume volume;
+    std::vector<POINT3D> world; // camera at the origin looking down +z: world = view
+    std::vector<POINT3D> view;
+    std::vector<q5_MESHVERTEX> vertices;
+    std::vector<q5_VERTEXCOLOUR> colours;
+    std::vector<q5_MESHFACE> faces;
+    q5_MATERIAL material;
+    q5_MESH mesh;
+
+    explicit ViewSpaceMesh(const workload::Mesh& m) {
+        volume = ViewVolume::Perspective(workload::Mesh::kWidth, workload::Mesh::kHeight, 60.0, 0.5,
+                                         20.0);
+        for (const workload::MeshVertex& v : m.vertices) {
+            const double z = 1.0 + 9.0 * v.z;
+            const double x = (2.0 * v.x / workload::Mesh::kWidth - 1.0) * z * volume.tanHalfX;
+            const double y = (1.0 - 2.0 * v.y / workload::Mesh::kHeight) * z * volume.tanHalfY;
+            world.emplace_back(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
+            q5_VERTEXCOLOUR c{};
+            c.red = v.r;
+            c.green = v.g;
+            c.blue = v.b;
+            colours.push_back(c);
+        }
+        vertices.resize(world.size());
+        for (std::size_t i = 0; i < m.indices.size(); i += 3) {
+            q5_MESHFACE f{};
+            f.vertex[0] = m.indices[i];
+            f.vertex[1] = m.indices[i + 1];
+            f.vertex[2] = m.indices[i + 2];
+            faces.push_back(f);
+        }
+        mesh.vertices = vertices.data();
+        mesh.vertexCount = static_cast<std::uint32_t>(vertices.size());
+        mesh.primaryColours = colours.data();
+        mesh.faces = faces.data();
+        mesh.faceCount = static_cast<std::uint32_t>(faces.size());
+        mesh.defaultMaterial = &material;
+    }
+
+    // The per-frame host work: view transform and clip codes.
+    void Transform(const MATRIX3D& worldToView) {
+        view.resize(world.size());
+        worldToView.TransformPoints(world.data(), view.data(), static_cast<int>(world.size()));
+        for (std::size_t i = 0; i < world.size(); ++i) {
+            const POINT3D& p = view[i];
+            vertices[i].x = p.x;
+            vertices[i].y = p.y;
+            vertices[i].z = p.z;
+            vertices[i].clipCode = volume.ClipCode(p.x, p.y, p.z);
+        }
+    }
+};
+
+const workload::Mesh& MeshSet() {
+    static const workload::Mesh mesh = workload::GenerateMesh();
+    return mesh;
+}
+
+void MeshPipeline(benchmark::State& state, bool cull) {
+    Pipeline& p = Shared();
+    if (!p.ready) {
+        state.SkipWithError(p.error.c_str());
+        return;
+    }
+    ViewSpaceMesh scene(MeshSet());
+    DRIVER3D& d = *p.session.Driver();
+    p.session.View().SetVolume(scene.volume);
+    p.session.View().SetSecondBackground(0);
+    q5_RENDERCONTEXT& context = p.session.View().Context();
+    context.depthScale = scene.volume.DepthScale();
+    context.depthOffset = scene.volume.DepthOffset();
+    d.Resize(workload::Mesh::kWidth, workload::Mesh::kHeight);
+    q5_RENDERSTATE renderState;
+    q5_FACERUN run;
+    run.faceCount = scene.mesh.faceCount;
+    run.flags = cull ? 0 : q5_FACERUN::kTwoSided;
+    const MATRIX3D worldToView; // identity: the mesh is built in view space
+    for (auto _ : state) {
+        d.FrameStep(0);
+        d.ClearFrame(0);
+        scene.Transform(worldToView);
+        if (d.DrawFaceGroup(&scene.mesh, &run, &renderState) != 1) {
+            state.SkipWithError("the face walk did not finish");
+            return;
+        }
+        d.FrameStep(1);
+    }
+    // Share of the frame the last frame wrote, to check against the peer's.
+    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(104, 0));
+    const std::int64_t entries = d.GetValue(105, 0) / 4;
+    std::int64_t written = 0;
+    for (std::int64_t i = 0; i < entries; ++i) written += depth[i] != 0x7FFFFFFF;
+    state.counters["written%"] =
+        100.0 * static_cast<double>(written) / static_cast<double>(entries);
+    const double covered = MeshSet().coveredPixels;
+    const double triangles = static_cast<double>(MeshSet().indices.size() / 3);
+    state.counters["Mpixels/s"] =
+        benchmark::Counter(covered * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["Mtriangles/s"] =
+        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+void MeshPeer(benchmark::State& state, bool cull) {
+    auto peer = OsmesaPeer::Create(workload::Mesh::kWidth, workload::Mesh::kHeight);
+    if (!peer) {
+        state.SkipWithError("no OSMesa context");
+        return;
+    }
+    state.SetLabel(peer->Renderer());
+    for (auto _ : state) peer->DrawMesh(MeshSet(), cull);
+    state.counters["written%"] = peer->WrittenPercent();
+    const double covered = MeshSet().coveredPixels;
+    const double triangles = static_cast<double>(MeshSet().indices.size() / 3);
+    state.counters["Mpixels/s"] =
+        benchmark::Counter(covered * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+    state.counters["Mtriangles/s"] =
+        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // The peer runs with one rasterizer thread; set before any GL context exists.
+    setenv("LP_NUM_THREADS", "1", 0);
+    setenv("GALLIUM_DRIVER", "llvmpipe", 0);
+    benchmark::RegisterBenchmark("demo-1920x1080/tessera", DemoFrame)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("mesh/tessera-pipeline", MeshPipeline, false)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("mesh/llvmpipe", MeshPeer, false)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("meshcull/tessera-pipeline", MeshPipeline, true)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::RegisterBenchmark("meshcull/llvmpipe", MeshPeer, true)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
