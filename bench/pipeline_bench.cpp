@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/osmesa_peer.h"
+#include "bench/bench_common.h"
 #include "bench/workloads.h"
 #include "core/platform/module.h"
 #include "host/app/host_api.h"
@@ -23,6 +23,8 @@
 #include "plugin/mesh.h"
 
 namespace {
+
+using bench::MeshSet;
 
 // The module from the bench's own folder, initialised once for the whole run.
 struct Pipeline {
@@ -145,11 +147,6 @@ struct ViewSpaceMesh {
     }
 };
 
-const workload::Mesh& MeshSet() {
-    static const workload::Mesh mesh = workload::GenerateMesh();
-    return mesh;
-}
-
 void MeshPipeline(benchmark::State& state, bool cull) {
     Pipeline& p = Shared();
     if (!p.ready) {
@@ -186,50 +183,27 @@ void MeshPipeline(benchmark::State& state, bool cull) {
     for (std::int64_t i = 0; i < entries; ++i) written += depth[i] != 0x7FFFFFFF;
     state.counters["written%"] =
         100.0 * static_cast<double>(written) / static_cast<double>(entries);
-    const double covered = MeshSet().coveredPixels;
-    const double triangles = static_cast<double>(MeshSet().indices.size() / 3);
-    state.counters["Mpixels/s"] =
-        benchmark::Counter(covered * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-    state.counters["Mtriangles/s"] =
-        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-}
-
-void MeshPeer(benchmark::State& state, bool cull) {
-    auto peer = OsmesaPeer::Create(workload::Mesh::kWidth, workload::Mesh::kHeight);
-    if (!peer) {
-        state.SkipWithError("no OSMesa context");
-        return;
-    }
-    state.SetLabel(peer->Renderer());
-    for (auto _ : state) peer->DrawMesh(MeshSet(), cull);
-    state.counters["written%"] = peer->WrittenPercent();
-    const double covered = MeshSet().coveredPixels;
-    const double triangles = static_cast<double>(MeshSet().indices.size() / 3);
-    state.counters["Mpixels/s"] =
-        benchmark::Counter(covered * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-    state.counters["Mtriangles/s"] =
-        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
+    bench::MeshCounters(state);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     // The peer runs with one rasterizer thread; set before any GL context exists.
-    setenv("LP_NUM_THREADS", "1", 0);
-    setenv("GALLIUM_DRIVER", "llvmpipe", 0);
+    bench::UseSingleThreadedPeer();
     benchmark::RegisterBenchmark("demo-1920x1080/tessera", DemoFrame)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::RegisterBenchmark("mesh/tessera-pipeline", MeshPipeline, false)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/llvmpipe", MeshPeer, false)
+    benchmark::RegisterBenchmark("mesh/llvmpipe", bench::PeerMesh, false)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::RegisterBenchmark("meshcull/tessera-pipeline", MeshPipeline, true)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/llvmpipe", MeshPeer, true)
+    benchmark::RegisterBenchmark("meshcull/llvmpipe", bench::PeerMesh, true)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::Initialize(&argc, argv);

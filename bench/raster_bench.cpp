@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/bench_common.h"
 #include "bench/osmesa_peer.h"
 #include "bench/workloads.h"
 #include "plugin/material.h"
@@ -21,6 +22,9 @@
 #include "zbuffer/texture_binding.h"
 
 namespace {
+
+using bench::MeshSet;
+using bench::PerFrameCounters;
 
 constexpr int kWidth = 1024, kHeight = 768;
 
@@ -105,13 +109,6 @@ constexpr const char* kModeNames[kFillModeCount] = {"Flat",
                                                     "FlatTextureAlpha",
                                                     "GouraudTextureAlpha"};
 
-void PerFrameCounters(benchmark::State& state, double pixels, double triangles) {
-    state.counters["Mpixels/s"] =
-        benchmark::Counter(pixels * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-    state.counters["Mtriangles/s"] =
-        benchmark::Counter(triangles * 1e-6, benchmark::Counter::kIsIterationInvariantRate);
-}
-
 // One frame: clear colour and depth, fill all 200 large triangles with one filler.
 void FillRate(benchmark::State& state, FillMode mode, bool depthAlwaysPasses) {
     Frame frame;
@@ -184,11 +181,6 @@ void Lines(benchmark::State& state, const workload::RandomSet& set) {
                                                     benchmark::Counter::kIsIterationInvariantRate);
 }
 
-const workload::Mesh& MeshSet() {
-    static const workload::Mesh mesh = workload::GenerateMesh();
-    return mesh;
-}
-
 // The ellipsoid mesh at 1920 x 1080, straight into the rasterizer (no host view).
 void MeshFrame(benchmark::State& state, bool cull) {
     constexpr int W = workload::Mesh::kWidth, H = workload::Mesh::kHeight;
@@ -242,19 +234,6 @@ void PeerRandom(benchmark::State& state, bool small) {
     PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
 }
 
-void PeerMesh(benchmark::State& state, bool cull) {
-    auto peer = OsmesaPeer::Create(workload::Mesh::kWidth, workload::Mesh::kHeight);
-    if (!peer) {
-        state.SkipWithError("no OSMesa context");
-        return;
-    }
-    state.SetLabel(peer->Renderer());
-    for (auto _ : state) peer->DrawMesh(MeshSet(), cull);
-    PerFrameCounters(state, MeshSet().coveredPixels,
-                     static_cast<double>(MeshSet().indices.size() / 3));
-    state.counters["written%"] = peer->WrittenPercent();
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -287,10 +266,10 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("small/llvmpipe", PeerRandom, true)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/llvmpipe", PeerMesh, false)
+    benchmark::RegisterBenchmark("mesh/llvmpipe", bench::PeerMesh, false)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/llvmpipe", PeerMesh, true)
+    benchmark::RegisterBenchmark("meshcull/llvmpipe", bench::PeerMesh, true)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
     benchmark::Initialize(&argc, argv);
