@@ -1,18 +1,13 @@
-// PNG reading and writing with libpng's simplified interface.
+// PNG reading and writing over the platform's PNG codec.
 #include "host/formats/png_file.h"
 
-#include <png.h>
-
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <random>
 
-namespace {
+#include "core/platform/png_codec.h"
 
-std::string Reason(const png_image& image) {
-    return image.message[0] != 0 ? image.message : "unknown libpng failure";
-}
+namespace {
 
 // Same folder as the target, so the final rename does not cross file systems.
 std::string TemporaryName(const std::string& path) {
@@ -25,47 +20,49 @@ std::string TemporaryName(const std::string& path) {
 } // namespace
 
 bool ReadPng(const std::string& path, Image& image, std::string& error) {
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_file(&png, path.c_str())) {
-        error = "cannot read " + path + ": " + Reason(png);
+    q5plat::PngPixels png;
+    if (!q5plat::DecodePngFile(path.c_str(), png, error)) {
+        error = "cannot read " + path + ": " + error;
         return false;
     }
-    const bool alpha = (png.format & PNG_FORMAT_FLAG_ALPHA) != 0;
-    png.format = alpha ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
-    image.width = static_cast<std::int32_t>(png.width);
-    image.height = static_cast<std::int32_t>(png.height);
-    image.channels = alpha ? 4 : 3;
-    image.pixels.assign(PNG_IMAGE_SIZE(png), 0);
-    if (!png_image_finish_read(&png, nullptr, image.pixels.data(), 0, nullptr)) {
-        error = "cannot read " + path + ": " + Reason(png);
-        png_image_free(&png);
-        return false;
+    image.width = png.width;
+    image.height = png.height;
+    image.channels = png.hasAlpha ? 4 : 3;
+    const std::size_t count = static_cast<std::size_t>(png.width) * png.height;
+    image.pixels.resize(count * image.channels);
+    std::uint8_t* out = image.pixels.data();
+    for (std::size_t i = 0; i < count; ++i, out += image.channels) {
+        const std::uint8_t* in = png.bgra.data() + 4 * i;
+        out[0] = in[2];
+        out[1] = in[1];
+        out[2] = in[0];
+        if (png.hasAlpha) out[3] = in[3];
     }
     return true;
 }
 
 bool WritePng(const std::string& path, const Image& image, std::string& error) {
-    if (image.width < 1 || image.height < 1 ||
-        image.pixels.size() <
-            static_cast<std::size_t>(image.width) * image.height * image.channels) {
+    const std::size_t count = static_cast<std::size_t>(image.width) * image.height;
+    if (image.width < 1 || image.height < 1 || (image.channels != 3 && image.channels != 4) ||
+        image.pixels.size() < count * image.channels) {
         error = "cannot write " + path + ": the image is empty";
         return false;
     }
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(image.width);
-    png.height = static_cast<png_uint_32>(image.height);
-    png.format = image.channels == 4 ? PNG_FORMAT_RGBA : PNG_FORMAT_RGB;
+    std::vector<std::uint8_t> bgra(count * 4);
+    const std::uint8_t* in = image.pixels.data();
+    for (std::size_t i = 0; i < count; ++i, in += image.channels) {
+        bgra[4 * i + 0] = in[2];
+        bgra[4 * i + 1] = in[1];
+        bgra[4 * i + 2] = in[0];
+        bgra[4 * i + 3] = image.channels == 4 ? in[3] : 255;
+    }
 
     const std::string temporary = TemporaryName(path);
-    const bool written =
-        png_image_write_to_file(&png, temporary.c_str(), 0, image.pixels.data(), 0, nullptr) != 0;
     std::error_code ec;
-    if (!written) {
-        error = "cannot write " + path + ": " + Reason(png);
+    if (!q5plat::EncodePngFile(temporary.c_str(), bgra.data(), image.width, image.height,
+                               4 * static_cast<std::size_t>(image.width), image.channels == 4,
+                               error)) {
+        error = "cannot write " + path + ": " + error;
         std::filesystem::remove(temporary, ec);
         return false;
     }

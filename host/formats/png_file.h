@@ -1,4 +1,4 @@
-// PNG files through libpng: reading textures and reference images, writing rendered frames.
+// PNG files: reading textures and reference images, writing rendered frames.
 #pragma once
 
 #include <cstdint>

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "support/module_loader.h"
 #include "support/recording_host.h"
@@ -55,16 +56,13 @@ protected:
 };
 
 TEST_F(Module, InitOpensTableAndRegistersDriver) {
-    ASSERT_EQ(host.openedTables.size(), 1u);
-    EXPECT_EQ(host.openedTables[0], LoadedModule::Get().handle);
+    const q5_HINSTANCE module = LoadedModule::Get().handle;
+    using Registration = RecordingHost::DriverRegistration;
+    EXPECT_EQ(host.openedTables, std::vector<q5_HINSTANCE>{module});
     ASSERT_GE(host.stringRequests.size(), 1u);
-    EXPECT_EQ(host.stringRequests[0].table, 77u);
-    EXPECT_EQ(host.stringRequests[0].id, 9);
-    ASSERT_EQ(host.registrations.size(), 1u);
-    EXPECT_EQ(host.registrations[0].module, LoadedModule::Get().handle);
-    EXPECT_EQ(host.registrations[0].name, "Tessera K (Z Buffer)");
-    EXPECT_EQ(host.registrations[0].flags, 272u);
-    EXPECT_EQ(host.registrations[0].displayName, u"Software Z-Buffer");
+    EXPECT_EQ(host.stringRequests[0], (RecordingHost::StringRequest{77, 9}));
+    EXPECT_EQ(host.registrations, (std::vector<Registration>{{module, "Tessera K (Z Buffer)", 272,
+                                                              u"Software Z-Buffer"}}));
     EXPECT_TRUE(host.narrowReports.empty());
     EXPECT_TRUE(host.wideReports.empty());
 }
@@ -73,18 +71,15 @@ TEST_F(Module, VersionAndDescriptionFollowTheCopyRule) {
     q5_WCHAR buffer[40];
     std::memset(buffer, 0x7f, sizeof buffer);
     EXPECT_EQ(Send(PLUGIN_MSG_VERSION, Arg(buffer), 0, 3), 1u);
-    EXPECT_EQ(buffer[0], u'9');
-    EXPECT_EQ(buffer[1], u'.');
-    EXPECT_EQ(buffer[2], 0);
-    EXPECT_EQ(buffer[3], 0x7f7f) << "nothing written past the capacity";
+    EXPECT_EQ(std::u16string(buffer, 4), (std::u16string{u'9', u'.', 0, 0x7f7f}))
+        << "nothing written past the capacity";
 
     EXPECT_EQ(Send(PLUGIN_MSG_VERSION, Arg(buffer), 0, 1), 1u);
     EXPECT_EQ(buffer[0], 0);
 
     EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, Arg(buffer), 0, 0), 1u);
     EXPECT_EQ(std::u16string(buffer), u"Software Z-Buffer video driver");
-    EXPECT_EQ(host.stringRequests.back().table, 77u);
-    EXPECT_EQ(host.stringRequests.back().id, 1);
+    EXPECT_EQ(host.stringRequests.back(), (RecordingHost::StringRequest{77, 1}));
 
     EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, Arg(buffer), 0, 9), 1u);
     EXPECT_EQ(std::u16string(buffer), u"Software");
@@ -94,9 +89,8 @@ TEST_F(Module, NullBuffersAndUnknownMessagesAnswerZero) {
     EXPECT_EQ(Send(PLUGIN_MSG_VERSION, 0, 0, 10), 0u);
     EXPECT_EQ(Send(PLUGIN_MSG_DESCRIPTION, 0, 0, 0), 0u);
     EXPECT_EQ(Send(PLUGIN_MSG_CREATE, 0), 0u);
-    EXPECT_EQ(Send(0), 0u);
-    EXPECT_EQ(Send(0x1003, 1, 2, 3), 0u);
-    EXPECT_EQ(Send(~std::uint64_t{0}, -1, ~std::uint64_t{0}, ~std::uint64_t{0}), 0u);
+    for (std::uint64_t message : {std::uint64_t{0}, std::uint64_t{0x1003}, ~std::uint64_t{0}})
+        EXPECT_EQ(Send(message, -1, ~std::uint64_t{0}, 3), 0u) << message;
     EXPECT_EQ(Send(PLUGIN_MSG_INTERFACE_VERSION), 145u);
 }
 
@@ -107,10 +101,8 @@ TEST_F(Module, CreatesOnlyForItsOwnNameInAnyCase) {
         ASSERT_NE(driver, nullptr) << name;
         EXPECT_EQ(CallSlot<std::uint32_t>(driver, 3), 0u) << "a new driver holds one reference";
     }
-    EXPECT_EQ(Create("Tessera K (Z Buffer) "), nullptr);
-    EXPECT_EQ(Create("Tessera K (Z Buffe"), nullptr);
-    EXPECT_EQ(Create(""), nullptr);
-    EXPECT_EQ(Create("IZB"), nullptr);
+    for (const char* name : {"Tessera K (Z Buffer) ", "Tessera K (Z Buffe", "", "IZB"})
+        EXPECT_EQ(Create(name), nullptr) << '"' << name << '"';
 }
 
 TEST_F(Module, DriverAnswersIdentityAndCountsReferencesThroughItsTable) {
@@ -136,11 +128,9 @@ TEST_F(Module, DriverReadsItsSettingsAtCreation) {
     host.settings[{0, "Render\\ZB\\Refine"}] = 0;
     void* driver = Create("Tessera K (Z Buffer)");
     ASSERT_NE(driver, nullptr);
-    ASSERT_EQ(host.settingReads.size(), 2u);
-    EXPECT_EQ(host.settingReads[0].key, "Render\\ZB\\Use2Thread");
-    EXPECT_EQ(host.settingReads[0].value, 1);
-    EXPECT_EQ(host.settingReads[1].key, "Render\\ZB\\Refine");
-    EXPECT_EQ(host.settingReads[1].value, 1);
+    EXPECT_EQ(host.settingReads,
+              (std::vector<RecordingHost::SettingRead>{{0, "Render\\ZB\\Use2Thread", 1},
+                                                       {0, "Render\\ZB\\Refine", 1}}));
     EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 15), 1) << "use two threads";
     EXPECT_EQ(CallSlot<std::int64_t>(driver, 14, 16), 0) << "refine";
     CallSlot<std::uint32_t>(driver, 3);
@@ -154,7 +144,7 @@ TEST_F(Module, DriverStringsComeFromThePluginTable) {
     q5_WCHAR buffer[64] = {u'x'};
     EXPECT_TRUE(CallSlot<bool>(driver, 15, buffer, 2));
     EXPECT_EQ(std::u16string(buffer), u"Corvane Systems, Inc");
-    EXPECT_EQ(host.stringRequests.back().table, 77u);
+    EXPECT_EQ(host.stringRequests.back(), (RecordingHost::StringRequest{77, 8}));
     EXPECT_TRUE(CallSlot<bool>(driver, 15, buffer, 3));
     EXPECT_EQ(std::u16string(buffer), u"") << "other kinds leave the buffer empty";
     CallSlot<std::uint32_t>(driver, 3);

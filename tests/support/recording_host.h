@@ -1,4 +1,5 @@
-// A host API object for tests: it records every call and answers from tables a test fills in.
+// A host API object for tests: it records the calls tests look at and answers from tables a
+// test fills in.
 #pragma once
 
 #include <algorithm>
@@ -17,35 +18,30 @@ public:
     template <typename Text> struct Report {
         std::int32_t level;
         Text text;
+        friend bool operator==(const Report&, const Report&) = default;
     };
     struct StringRequest {
         std::uint64_t table;
         std::int32_t id;
+        friend bool operator==(const StringRequest&, const StringRequest&) = default;
     };
     struct DriverRegistration {
         q5_HINSTANCE module;
         std::string name;
         std::uint32_t flags;
         std::u16string displayName;
+        friend bool operator==(const DriverRegistration&, const DriverRegistration&) = default;
     };
-    struct SettingCall {
+    struct SettingRead {
         std::int32_t scope;
         std::string key;
-        std::int32_t value; // the default on a read, the value on a write
+        std::int32_t value; // the default given
+        friend bool operator==(const SettingRead&, const SettingRead&) = default;
     };
-    struct HelpCall {
-        std::string topic;
-        std::int32_t zero;
-        void* messageArgument;
-    };
-    struct DialogLocalization {
-        std::uint64_t table;
-        q5_HWND dialog;
-        std::intptr_t initArgument;
-    };
-    struct SheetRequest {
-        q5_HWND parent;
-        std::int32_t zero;
+    struct TitledReport {
+        std::int32_t level;
+        std::u16string title;
+        std::u16string text;
     };
 
     // Answers: LGetString looks up `strings` by id (any table) and gives "$$$$$$" when absent.
@@ -55,12 +51,10 @@ public:
     DRIVER3D* driverToCreate = nullptr;
     // When set, answers CreateDriverByName instead of driverToCreate.
     std::function<DRIVER3D*(const std::string&)> createDriver;
-    q5_PROPERTYSHEET* sheetToCreate = nullptr;
     // ResolveFileName answers from `resolvedNames` (name -> file, time); GetFolder from
     // `folders` by kind; FindPluginRecord from `pluginRecords` by module.
     std::map<std::u16string, std::pair<std::u16string, q5_FILETIME>> resolvedNames;
     std::map<std::int32_t, std::u16string> folders;
-    const q5_WCHAR* pluginFolder = nullptr;
     std::map<q5_HINSTANCE, q5_PLUGINRECORD*> pluginRecords;
 
     // Calls, in the order they arrived.
@@ -70,17 +64,8 @@ public:
     std::vector<std::string> driverRequests;
     std::vector<Report<std::string>> narrowReports;
     std::vector<Report<std::u16string>> wideReports;
-    std::vector<SettingCall> settingReads;
-    std::vector<SettingCall> settingWrites;
-    std::vector<HelpCall> helpCalls;
-    std::vector<DialogLocalization> localizedDialogs;
-    std::vector<SheetRequest> sheetRequests;
+    std::vector<SettingRead> settingReads;
     std::vector<std::u16string> resolveRequests;
-    struct TitledReport {
-        std::int32_t level;
-        std::u16string title;
-        std::u16string text;
-    };
     std::vector<TitledReport> titledReports;
     std::vector<Q5RESULT> errorCodes;
 
@@ -114,40 +99,27 @@ public:
         return found != settings.end() ? found->second : defaultValue;
     }
     void SetSettingInt(std::int32_t scope, const char* key, std::int32_t value) override {
-        settingWrites.push_back({scope, Text(key), value});
         settings[{scope, Text(key)}] = value;
     }
-    void ShowHelp(const char* topic, std::int32_t zero, void* messageArgument) override {
-        helpCalls.push_back({Text(topic), zero, messageArgument});
-    }
-    void LocalizeDialog(std::uint64_t table, q5_HWND dialog, std::intptr_t initArgument) override {
-        localizedDialogs.push_back({table, dialog, initArgument});
-    }
-    q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND parent, std::int32_t zero) override {
-        sheetRequests.push_back({parent, zero});
-        return sheetToCreate;
-    }
+    // The options page is not driven through this host.
+    void ShowHelp(const char*, std::int32_t, void*) override {}
+    void LocalizeDialog(std::uint64_t, q5_HWND, std::intptr_t) override {}
+    q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND, std::int32_t) override { return nullptr; }
 
     bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
                          q5_FILETIME* time) override {
         resolveRequests.push_back(Text(name));
         const auto found = resolvedNames.find(Text(name));
-        if (found == resolvedNames.end() || outSize < 1) return false;
-        const std::u16string file = found->second.first.substr(0, outSize - 1);
-        std::copy(file.begin(), file.end(), out);
-        out[file.size()] = 0;
+        if (found == resolvedNames.end() || !CopyOut(found->second.first, out, outSize))
+            return false;
         if (time != nullptr) *time = found->second.second;
         return true;
     }
     bool GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) override {
         const auto found = folders.find(kind);
-        if (found == folders.end() || size < 1) return false;
-        const std::u16string folder = found->second.substr(0, size - 1);
-        std::copy(folder.begin(), folder.end(), out);
-        out[folder.size()] = 0;
-        return true;
+        return found != folders.end() && CopyOut(found->second, out, size);
     }
-    const q5_WCHAR* GetPluginFolder() override { return pluginFolder; }
+    const q5_WCHAR* GetPluginFolder() override { return nullptr; }
     q5_PLUGINRECORD* FindPluginRecord(q5_HINSTANCE module) override {
         const auto found = pluginRecords.find(module);
         return found != pluginRecords.end() ? found->second : nullptr;
@@ -159,6 +131,14 @@ public:
     void ReportError(Q5RESULT code) override { errorCodes.push_back(code); }
 
 private:
+    // Copies as much of `text` as fits, with a terminator; false when nothing fits.
+    static bool CopyOut(const std::u16string& text, q5_WCHAR* out, std::int32_t size) {
+        if (size < 1) return false;
+        const std::u16string part = text.substr(0, size - 1);
+        std::copy(part.begin(), part.end(), out);
+        out[part.size()] = 0;
+        return true;
+    }
     // A null text is recorded as empty.
     static std::string Text(const char* s) { return s != nullptr ? s : ""; }
     static std::u16string Text(const q5_WCHAR* s) { return s != nullptr ? s : u""; }

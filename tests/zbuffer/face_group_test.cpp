@@ -10,12 +10,12 @@
 #include "core/math/matrix3d.h"
 #include "plugin/mesh.h"
 #include "raster_frame.h"
-#include "support/scripted_view.h"
+#include "support/test_view.h"
 #include "zbuffer/izb.h"
 
 namespace {
 
-using Call = ScriptedView::Call;
+using Call = TestView::Call;
 
 // Corners as (x, y, clip code) in view space.
 using Triangle = std::array<std::array<float, 3>, 3>;
@@ -53,115 +53,83 @@ struct TestMesh {
     }
 };
 
-// Drawn as it stands (non-positive area once projected); Reversed is culled.
+// Drawn as it stands (non-positive area once projected) over rows 0-3 of 4, 3, 2 and 1
+// pixels; Reversed is culled.
 constexpr Triangle kFront = {{{0, 0, 0}, {0, 4, 0}, {4, 0, 0}}};
 constexpr Triangle kReversed = {{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}};
+constexpr Bgra kFaceColour{40, 100, 200, 255}, kVertexColour{50, 100, 200, 255};
 
 class FaceGroup : public ::testing::Test {
 protected:
     void SetUp() override {
         driver->Attach(1, &context);
-        Frame(16, 16);
-    }
-    void TearDown() override { driver->Release(); }
-
-    void Frame(int w, int h) {
-        driver->Resize(w, h);
+        driver->Resize(16, 16);
         Clear();
     }
+    void TearDown() override { driver->Release(); }
     void Clear() {
         driver->FrameStep(0);
         driver->ClearFrame(0);
+        view.calls.clear();
     }
     std::int32_t Draw(std::uint8_t flags = 0, float opacity = 1.0f) {
         q5_FACERUN run{0, static_cast<std::uint32_t>(m.faces.size()), opacity, flags};
         return driver->DrawFaceGroup(m.Get(), &run, &state);
     }
-    Bgra Pixel(int x, int y) const {
-        const SurfaceRecord& s = driver->surface;
-        const std::uint8_t* p = s.colourBits + (s.H - 1 - y) * s.colourStride + 4 * x;
-        return Bgra{p[0], p[1], p[2], p[3]};
-    }
+    Bgra Pixel(int x, int y) const { return SurfacePixel(driver->surface, x, y); }
     std::int32_t Depth(int x, int y) const {
         return driver->surface.depth[y * driver->surface.W + x];
     }
-    int Written() const {
-        int n = 0;
-        for (std::uint32_t i = 0; i < driver->depthEntryCount; ++i)
-            n += driver->surface.depth[i] != kDepthEmpty;
-        return n;
-    }
+    int Written() const { return SurfaceWritten(driver->surface); }
 
-    ScriptedView view;
+    TestView view;
     q5_RENDERCONTEXT context{&view};
     q5_RENDERSTATE state;
     IZB* driver = new IZB();
     TestMesh m;
 };
 
-TEST_F(FaceGroup, CornersInsideEveryPlaneAreProjectedWithoutClipping) {
-    m.Add({{{0, 0, 1}, {0, 4, 1}, {4, 0, 1}}});
+TEST_F(FaceGroup, ClipCodesChooseBetweenProjectingDroppingAndClipping) {
+    view.clipLeft = 9.0f;
+    m.Add({{{0, 0, 1}, {0, 4, 1}, {4, 0, 1}}});  // code 1 is no plane: projected as it is
+    m.Add({{{0, 0, 2}, {0, 4, 2}, {4, 0, 6}}});  // all outside plane 1: no view call at all
+    m.Add({{{4, 0, 2}, {4, 8, 4}, {12, 0, 0}}}); // partly outside: the view clips it
     EXPECT_EQ(Draw(), 1);
-    EXPECT_EQ(view.Sequence(), std::vector<Call>{Call::ProjectVertexList});
-    EXPECT_EQ(Written(), 10) << "rows 0-3 of 4, 3, 2 and 1 pixels";
-    EXPECT_EQ(Pixel(0, 0), (Bgra{40, 100, 200, 255}));
-    EXPECT_EQ(Depth(3, 0), 100);
-    EXPECT_EQ(Depth(4, 0), kDepthEmpty);
-    EXPECT_EQ(Depth(0, 4), kDepthEmpty);
-}
+    EXPECT_EQ(view.Sequence(), (std::vector<Call>{Call::ProjectVertexList, Call::ClipPolygon,
+                                                  Call::ProjectVertices}));
+    EXPECT_EQ(view.calls[2].count, 3);
+    // What is left of the third is (9,0) (9,3) (12,0).
+    EXPECT_EQ(
+        SurfaceSpans(driver->surface),
+        (Spans{{0, 0, 4}, {0, 9, 12}, {1, 0, 3}, {1, 9, 11}, {2, 0, 2}, {2, 9, 10}, {3, 0, 1}}));
+    EXPECT_EQ(Pixel(0, 0), kFaceColour);
+    EXPECT_EQ(Depth(11, 0), 100);
 
-TEST_F(FaceGroup, CornersAllOutsideOnePlaneAreDroppedBeforeAnyViewCall) {
-    m.Add({{{0, 0, 2}, {0, 4, 2}, {4, 0, 6}}});
-    EXPECT_EQ(Draw(), 1);
-    EXPECT_TRUE(view.calls.empty());
-    EXPECT_EQ(Written(), 0);
-}
-
-TEST_F(FaceGroup, CornersPartlyOutsideAreClippedByTheView) {
-    view.clipLeft = 1.0f;
-    m.Add({{{-4, 0, 2}, {-4, 8, 4}, {4, 0, 0}}});
-    Draw();
-    EXPECT_EQ(view.Sequence(), (std::vector<Call>{Call::ClipPolygon, Call::ProjectVertices}));
-    EXPECT_EQ(view.calls[1].count, 3);
-    // What is left is (1,0) (1,3) (4,0): columns 1-3, 1-2 and 1 of rows 0-2.
-    EXPECT_EQ(Written(), 6);
-    EXPECT_EQ(Depth(0, 0), kDepthEmpty);
-    EXPECT_EQ(Depth(3, 0), 100);
-    EXPECT_EQ(Depth(1, 2), 100);
-    EXPECT_EQ(Depth(3, 1), kDepthEmpty);
-
-    view.calls.clear();
+    Clear();
     view.clipLeft = 100.0f; // nothing left: no projection either
     Draw();
-    EXPECT_EQ(view.Sequence(), std::vector<Call>{Call::ClipPolygon});
+    EXPECT_EQ(view.Sequence(), (std::vector<Call>{Call::ProjectVertexList, Call::ClipPolygon}));
 }
 
 TEST_F(FaceGroup, OneWindingIsCulledUnlessTheFaceIsTwoSided) {
     m.Add(kReversed);
     Draw();
     EXPECT_EQ(Written(), 0);
-    Draw(q5_FACERUN::kTwoSided);
-    EXPECT_EQ(Written(), 10) << "request bit";
-
-    Clear();
-    m.material.flags = q5_MATERIAL::kTwoSided;
-    Draw();
-    EXPECT_EQ(Written(), 10) << "material bit";
-
-    Clear();
-    m.material.flags = 0;
     const std::uint32_t faceFlags[1] = {q5_MESH::kFaceTwoSided};
-    m.mesh.faceFlags = faceFlags;
-    Draw();
-    EXPECT_EQ(Written(), 10) << "face flag";
-}
+    for (int way = 0; way < 3; ++way) { // the request bit, the material bit, the face flag
+        Clear();
+        m.material.flags = way == 1 ? q5_MATERIAL::kTwoSided : 0;
+        m.mesh.faceFlags = way == 2 ? faceFlags : nullptr;
+        Draw(way == 0 ? q5_FACERUN::kTwoSided : 0);
+        EXPECT_EQ(Written(), 10) << way;
+    }
 
-TEST_F(FaceGroup, CornerRemapReordersTheCorners) {
-    m.Add(kReversed);
+    Clear();
+    m.mesh.faceFlags = nullptr;
     const std::uint16_t remap[1][3] = {{0, 2, 1}};
     m.mesh.cornerRemap = remap;
     Draw();
-    EXPECT_EQ(Written(), 10);
+    EXPECT_EQ(Written(), 10) << "the corner remap puts the corners in drawn order";
 }
 
 // Over a cleared frame a blended pixel's alpha is the opacity itself.
@@ -215,14 +183,14 @@ TEST_F(FaceGroupTextured, DiffuseTextureIsModulatedByTheVertexColours) {
 
     Clear();
     Draw(); // textured drawing not allowed: the vertex colour alone
-    EXPECT_EQ(Pixel(0, 0), (Bgra{50, 100, 200, 255}));
+    EXPECT_EQ(Pixel(0, 0), kVertexColour);
 
     Clear();
     TestPicture empty{1, 1, 24};
     empty.header = nullptr;
     m.material.textures[kSlotDiffuse] = &empty;
     Draw(kTextured);
-    EXPECT_EQ(Pixel(0, 0), (Bgra{50, 100, 200, 255})) << "a picture without image: untextured";
+    EXPECT_EQ(Pixel(0, 0), kVertexColour) << "a picture without image: untextured";
 }
 
 TEST_F(FaceGroupTextured, SlotSevenIsDrawnFlatAtHalfBrightness) {
@@ -280,14 +248,14 @@ TEST_F(FaceGroup, TwoSidedColouringGivesBackFacesTheSecondaryColours) {
     m.faces[0].vertex[1] = 2; // now front-facing
     m.faces[0].vertex[2] = 1;
     Draw(q5_FACERUN::kTwoSided);
-    EXPECT_EQ(Pixel(0, 0), (Bgra{50, 100, 200, 255}));
+    EXPECT_EQ(Pixel(0, 0), kVertexColour);
 
     Clear();
+    m.faces[0].vertex[1] = 1;
+    m.faces[0].vertex[2] = 2;
     m.lit = false;
     const q5_COLOUR6 backs[1] = {{{}, 0, 0, 99}};
     m.mesh.backFaceColours = backs;
-    m.faces[0].vertex[1] = 1;
-    m.faces[0].vertex[2] = 2;
     Draw(q5_FACERUN::kTwoSided);
     EXPECT_EQ(Pixel(0, 0), (Bgra{99, 0, 0, 255}));
 }
@@ -298,7 +266,7 @@ TEST_F(FaceGroup, OutlinesDrawOnlyTheFlaggedEdgesAndNoFill) {
     Draw();
     EXPECT_EQ(Written(), 8);
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(Pixel(0, i), (Bgra{40, 100, 200, 255})) << i;
+        EXPECT_EQ(Pixel(0, i), kFaceColour) << i;
         EXPECT_EQ(Depth(4 - i, 0), 100) << i;
     }
 
@@ -309,17 +277,15 @@ TEST_F(FaceGroup, OutlinesDrawOnlyTheFlaggedEdgesAndNoFill) {
     Draw();
     EXPECT_EQ(Pixel(0, 2).r, 150) << "mean of 100 and 200";
     EXPECT_EQ(Pixel(2, 0).r, 75) << "mean of 50 and 100";
-}
 
-TEST_F(FaceGroup, OutlinesOutsideTheViewAreClippedEdgeByEdge) {
+    Clear();
     view.clipLeft = 1.0f;
-    m.material.flags = q5_MATERIAL::kDrawEdges;
+    m.faces.clear();
     m.Add({{{-4, 0, 2}, {-4, 8, 2}, {4, 0, 0}}}, 0b100); // corner 2 (4,0) to corner 0 (-4,0)
     Draw();
     EXPECT_EQ(view.Sequence(), (std::vector<Call>{Call::ClipPolygon, Call::ProjectVertices}));
-    EXPECT_EQ(Written(), 3) << "from (4,0) to the clip plane at x = 1";
-    EXPECT_EQ(Depth(2, 0), 100);
-    EXPECT_EQ(Depth(1, 0), kDepthEmpty);
+    EXPECT_EQ(SurfaceSpans(driver->surface), (Spans{{0, 2, 5}}))
+        << "from (4,0) to the clip plane at x = 1, leaving the end pixel";
 }
 
 class FaceGroupRefine : public FaceGroupTextured {
@@ -331,48 +297,47 @@ protected:
     }
 };
 
-TEST_F(FaceGroupRefine, EdgesUpTo48PixelsAreNotSplit) {
-    m.Add({{{0, 0, 0}, {0, 33, 0}, {33, 0, 0}}}); // longest edge 46.7
-    Draw(kTextured);
-    EXPECT_EQ(view.Count(Call::ProjectPoint), 0);
-    EXPECT_EQ(Pixel(3, 3).a, 255);
-}
-
-TEST_F(FaceGroupRefine, LongEdgesAreSplitAndTheirMidpointsProjected) {
-    m.Add({{{0, 0, 0}, {0, 100, 0}, {100, 0, 0}}});
-    Draw(kTextured);
-    // Three midpoints, then three for each of the four 50-pixel triangles.
-    EXPECT_EQ(view.Count(Call::ProjectPoint), 15);
+TEST_F(FaceGroupRefine, EdgesLongerThan48PixelsAreSplitAndTheirMidpointsProjected) {
+    const struct {
+        const char* what;
+        Triangle corners;
+        int projected;
+    } cases[] = {
+        // clang-format off
+        {"sides of 40", {{{0, 0, 0}, {20, 34.64f, 0}, {40, 0, 0}}}, 0},
+        {"legs of 100: three midpoints, then three in each 50-pixel quarter",
+         {{{0, 0, 0}, {0, 100, 0}, {100, 0, 0}}}, 3 + 4 * 3},
+        {"legs of 96: the quarters split only their 67.9-pixel edge; 48 is not longer than 48",
+         {{{0, 0, 0}, {0, 96, 0}, {96, 0, 0}}}, 3 + 4},
+        {"edges 60, 67.1 and 30: two split, and the three halves are short",
+         {{{0, 0, 0}, {0, 60, 0}, {30, 0, 0}}}, 2},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        Clear();
+        m.faces.clear();
+        m.Add(c.corners);
+        Draw(kTextured);
+        EXPECT_EQ(view.Count(Call::ProjectPoint), c.projected);
+        EXPECT_EQ(Pixel(3, 3).a, 255);
+    }
     std::vector<std::array<float, 3>> points;
     for (const auto& r : view.calls)
         if (r.call == Call::ProjectPoint) points.push_back({r.point[0], r.point[1], r.point[2]});
-    ASSERT_GE(points.size(), 3u);
-    EXPECT_EQ(points[0], (std::array<float, 3>{0, 50, 100}));
-    EXPECT_EQ(points[1], (std::array<float, 3>{50, 50, 100}));
-    EXPECT_EQ(points[2], (std::array<float, 3>{50, 0, 100}));
+    EXPECT_EQ(points, (std::vector<std::array<float, 3>>{{0, 30, 100}, {15, 30, 100}}));
 
-    view.calls.clear();
+    Clear();
     state.refine = false;
+    m.faces.clear();
+    m.Add({{{0, 0, 0}, {0, 100, 0}, {100, 0, 0}}});
     Draw(kTextured);
     EXPECT_EQ(view.Count(Call::ProjectPoint), 0);
 }
 
-TEST_F(FaceGroupRefine, OneOrTwoLongEdgesAreSplitAlone) {
-    // Legs of 96: all three split, then only the 67.9-pixel edge of each quarter (48 is not
-    // longer than 48).
-    m.Add({{{0, 0, 0}, {0, 96, 0}, {96, 0, 0}}});
-    Draw(kTextured);
-    EXPECT_EQ(view.Count(Call::ProjectPoint), 3 + 4);
-
-    view.calls.clear();
-    m.vertices[1].y = 60; // edges 60, 67.1 and 30: two split, and the three halves are short
-    m.vertices[2].x = 30;
-    Draw(kTextured);
-    EXPECT_EQ(view.Count(Call::ProjectPoint), 2);
-}
-
 TEST_F(FaceGroupRefine, SplitTrianglesCarryTheTextureAcross) {
-    Frame(128, 128);
+    driver->Resize(128, 128);
+    Clear();
     TestPicture halves{2, 1, 24}; // left texel red, right texel blue
     halves.SetTexel(0, 0, 0xFF0000);
     halves.SetTexel(1, 0, 0x0000FF);

@@ -2,12 +2,9 @@
 // expected bytes worked out from the blend formulas (untextured blends divide by 256, textured
 // ones by 255).
 #include "raster_frame.h"
-#include "zbuffer/span_fillers.h"
 #include "zbuffer/texture_binding.h"
 
 #include <gtest/gtest.h>
-
-#include <array>
 
 namespace {
 
@@ -23,6 +20,7 @@ struct FillerCase {
     RgbBytes flat;       // flatColour
     Bgra expected[4];    // columns 0..3
     bool writesDepth = true;
+    std::uint8_t rightRed = 64; // red of the right-hand vertices
 };
 
 // Vertices on the left carry red 0, on the right red 64 (Gouraud red runs 0, 16, 32, 48);
@@ -38,6 +36,8 @@ const FillerCase kCases[] = {
     // Red (1 * 128 + 200 * 127) / 256 = 99 where a division by 255 would give 100.
     {"FlatBlended", FillMode::FlatBlended, 128, 0, 0, {1, 20, 30}, {kFlatBlend, kFlatBlend, kFlatBlend, kFlatBlend}},
     {"GouraudBlended", FillMode::GouraudBlended, 128, 0, 0, {}, {{53, 74, 99, 147}, {53, 74, 107, 147}, {53, 74, 115, 147}, {53, 74, 123, 147}}},
+    // 255 * 255 << 16 no longer fits a signed step: the colour runs the short way round.
+    {"GouraudBlendedWraps", FillMode::GouraudBlended, 255, 0, 0, {}, {{6, 99, 0, 255}, {6, 99, 255, 255}, {6, 99, 255, 255}, {6, 99, 254, 255}}, true, 255},
     {"GouraudTextured", FillMode::GouraudTextured, 255, 24, kTexel, {}, {{5, 39, 0, 255}, {5, 39, 3, 255}, {5, 39, 6, 255}, {5, 39, 9, 255}}},
     {"FlatTextured", FillMode::FlatTextured, 255, 24, kTexel, {255, 128, 30}, {kFlatTex, kFlatTex, kFlatTex, kFlatTex}},
     {"GouraudTexturedBlended", FillMode::GouraudTexturedBlended, 128, 24, kTexel, {}, {{52, 44, 99, 255}, {52, 44, 101, 255}, {52, 44, 102, 255}, {52, 44, 104, 255}}},
@@ -62,13 +62,13 @@ TEST_P(FillerPixels, WriteTheTabledBytes) {
     q5_MATERIAL material;
     material.textures[0] = &picture;
     if (c.textureBits) BindMaterialTexture(frame.rc, &material, 0);
-    Polygon p{Vertex(0, 0, 50, 0, 100, 7), Vertex(4, 0, 50, 64, 100, 7),
-              Vertex(4, 1, 50, 64, 100, 7), Vertex(0, 1, 50, 0, 100, 7)};
-    p.Use(frame.rc);
     frame.rc.flatColour = c.flat;
     frame.rc.opacity = c.opacity;
     frame.rc.inverseOpacity = 255 - c.opacity;
-    ASSERT_EQ(FillPolygon(frame.rc, c.mode), 1);
+    ASSERT_EQ(frame.Draw(Polygon{Vertex(0, 0, 50, 0, 100, 7), Vertex(4, 0, 50, c.rightRed, 100, 7),
+                                 Vertex(4, 1, 50, c.rightRed, 100, 7), Vertex(0, 1, 50, 0, 100, 7)},
+                         c.mode),
+              1);
     for (int x = 0; x < 4; ++x) {
         EXPECT_EQ(frame.Pixel(x, 0), c.expected[x]) << "column " << x;
         EXPECT_EQ(frame.Depth(x, 0), c.writesDepth ? 50 : kDepthEmpty) << "column " << x;
@@ -78,20 +78,5 @@ TEST_P(FillerPixels, WriteTheTabledBytes) {
 
 INSTANTIATE_TEST_SUITE_P(Fillers, FillerPixels, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
-
-TEST(GouraudBlended, WrapsAroundAtFullOpacity) {
-    // 255 * 255 << 16 no longer fits a signed step: the colour runs the short way round.
-    RasterFrame frame(6, 3, kDestination);
-    Polygon p{Vertex(0, 0, 50, 0, 100, 7), Vertex(4, 0, 50, 255, 100, 7),
-              Vertex(4, 1, 50, 255, 100, 7), Vertex(0, 1, 50, 0, 100, 7)};
-    p.Use(frame.rc);
-    frame.rc.opacity = 255;
-    frame.rc.inverseOpacity = 0;
-    FillPolygon(frame.rc, FillMode::GouraudBlended);
-    EXPECT_EQ(frame.Pixel(0, 0), (Bgra{6, 99, 0, 255}));
-    EXPECT_EQ(frame.Pixel(1, 0), (Bgra{6, 99, 255, 255}));
-    EXPECT_EQ(frame.Pixel(2, 0), (Bgra{6, 99, 255, 255}));
-    EXPECT_EQ(frame.Pixel(3, 0), (Bgra{6, 99, 254, 255}));
-}
 
 } // namespace

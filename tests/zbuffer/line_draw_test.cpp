@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-#include <vector>
-
 namespace {
 
 constexpr RgbBytes kColour{10, 20, 30};
@@ -16,43 +13,53 @@ ScreenPoint At(double x, double y, std::int32_t z = 0) {
     return ScreenPoint{static_cast<std::int32_t>(x * 256), static_cast<std::int32_t>(y * 256), z};
 }
 
-std::vector<std::pair<int, int>> WrittenPixels(const RasterFrame& f, int w, int h) {
-    std::vector<std::pair<int, int>> out;
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            if (f.Written(x, y)) out.emplace_back(x, y);
-    return out;
+struct LineCase {
+    const char* what;
+    ScreenPoint from, to;
+    Spans expected;
+    bool wide = false, doubled = false, bold = false;
+};
+
+// Ends truncate to whole pixels (half pixels when wide at double resolution); a line draws
+// max(|dx|, |dy|) pixels and leaves its end pixel to the next line.
+const LineCase kLines[] = {
+    {"flat, end pixel left", At(0, 0), At(10, 0), {{0, 0, 10}}},
+    {"minor axis by the error term", At(0, 0), At(4, 2), {{0, 0, 2}, {1, 2, 4}}},
+    {"steep", At(0, 0), At(2, 5), {{0, 0, 1}, {1, 0, 1}, {2, 1, 2}, {3, 1, 2}, {4, 2, 3}}},
+    {"clipped at both sides", At(-20, 5), At(20, 5), {{5, 0, 15}}},
+    {"wholly left of the frame", At(-5, 3), At(-1, 9), {}},
+    {"beside the top-left corner", At(-5, 3), At(3, -5), {}},
+    {"within one pixel", At(2.3, 4.1), At(2.9, 4.8), {}},
+    {"wide adds the scanline below", At(2, 5), At(8, 5), {{5, 2, 8}, {6, 2, 8}}, true},
+    {"wide on the last scanline", At(2, 11), At(8, 11), {{11, 2, 8}}, true},
+    {"wide, double resolution", At(1, 2), At(4, 2), {{4, 2, 8}, {5, 2, 8}}, true, true},
+    // Three copies offset by (-164, -164), (32, 32) and (-164, 128) in 1/256 pixel.
+    {"bold", At(4, 4), At(10, 4), {{3, 3, 9}, {4, 3, 10}}, false, false, true},
+};
+
+TEST(Lines, DrawExactlyTheHandWorkedPixels) {
+    for (const LineCase& c : kLines) {
+        SCOPED_TRACE(c.what);
+        RasterFrame f(16, 12);
+        f.rc.wideLines = c.wide;
+        f.rc.doubleResolution = c.doubled;
+        (c.bold ? DrawBoldLine : DrawLine)(f.rc, c.from, c.to, kColour);
+        EXPECT_EQ(f.WrittenSpans(), c.expected);
+        for (const Span& s : c.expected) EXPECT_EQ(f.Pixel(s.first, s.y), kBytes);
+        EXPECT_TRUE(f.GuardsIntact());
+    }
 }
 
-using Pixels = std::vector<std::pair<int, int>>;
-
-TEST(Lines, LeaveTheirEndPixel) {
+TEST(Lines, DepthStepsByQuotientAndRemainderFromTheClippedStart) {
     RasterFrame f(16, 12);
     DrawLine(f.rc, At(0, 0, 0), At(10, 0, 100), kColour);
-    for (int x = 0; x < 10; ++x) {
-        EXPECT_EQ(f.Pixel(x, 0), kBytes) << x;
-        EXPECT_EQ(f.Depth(x, 0), 10 * x);
-    }
-    EXPECT_FALSE(f.Written(10, 0));
-    EXPECT_EQ(f.WrittenCount(), 10);
-}
-
-TEST(Lines, StepAlongTheMinorAxisByTheErrorTerm) {
-    RasterFrame f(16, 12);
-    DrawLine(f.rc, At(0, 0), At(4, 2), kColour);
-    EXPECT_EQ(WrittenPixels(f, 16, 12), (Pixels{{0, 0}, {1, 0}, {2, 1}, {3, 1}}));
-
-    RasterFrame steep(16, 12);
-    DrawLine(steep.rc, At(0, 0), At(2, 5), kColour);
-    EXPECT_EQ(WrittenPixels(steep, 16, 12), (Pixels{{0, 0}, {0, 1}, {1, 2}, {1, 3}, {2, 4}}));
-}
-
-TEST(Lines, DepthStepsByQuotientAndRemainder) {
-    RasterFrame f(16, 12);
-    DrawLine(f.rc, At(0, 0, 0), At(3, 0, 11), kColour);
-    EXPECT_EQ(f.Depth(0, 0), 0);
-    EXPECT_EQ(f.Depth(1, 0), 3);
-    EXPECT_EQ(f.Depth(2, 0), 7);
+    DrawLine(f.rc, At(0, 1, 0), At(3, 1, 11), kColour);
+    DrawLine(f.rc, At(-20, 5, 0), At(20, 5, 400), kColour);
+    for (int x = 0; x < 10; ++x) EXPECT_EQ(f.Depth(x, 0), 10 * x);
+    EXPECT_EQ(f.Depth(1, 1), 3);
+    EXPECT_EQ(f.Depth(2, 1), 7);
+    EXPECT_EQ(f.Depth(0, 5), 200);
+    EXPECT_EQ(f.Depth(14, 5), 340);
 }
 
 TEST(Lines, EqualDepthOverwritesAndBiasApplies) {
@@ -67,15 +74,6 @@ TEST(Lines, EqualDepthOverwritesAndBiasApplies) {
     EXPECT_EQ(f.Depth(2, 1), 49);
 }
 
-TEST(Lines, ClippedStartTakesTheInterpolatedDepth) {
-    RasterFrame f(16, 12);
-    DrawLine(f.rc, At(-20, 5, 0), At(20, 5, 400), kColour);
-    EXPECT_EQ(f.Depth(0, 5), 200);
-    EXPECT_EQ(f.Depth(14, 5), 340);
-    EXPECT_FALSE(f.Written(15, 5)); // the clipped end is an end pixel too
-    EXPECT_EQ(f.WrittenCount(), 15);
-}
-
 TEST(LineClip, MovesEndsOntoTheFrame) {
     RasterFrame f(16, 12);
     std::int32_t x0 = 3, y0 = -6, z0 = 0, x1 = 3, y1 = 6, z1 = 120;
@@ -88,36 +86,8 @@ TEST(LineClip, MovesEndsOntoTheFrame) {
     EXPECT_EQ(d, 15); // x to 15 moves y to 2 + 11 * 0.5 = 7.5, truncated
     EXPECT_EQ(e, 7);
     EXPECT_EQ(g, 110);
-}
-
-TEST(LineClip, RejectsLinesOutsideTheFrame) {
-    RasterFrame f(16, 12);
-    std::int32_t x0 = -5, y0 = 3, z0 = 0, x1 = -1, y1 = 9, z1 = 0;
-    EXPECT_TRUE(ClipLine(f.rc, x0, y0, z0, x1, y1, z1));
-    // Passes beside the top-left corner: only the clipped ends show it.
-    std::int32_t a = -5, b = 3, c = 0, d = 3, e = -5, g = 0;
-    EXPECT_TRUE(ClipLine(f.rc, a, b, c, d, e, g));
-    DrawLine(f.rc, At(-5, 3), At(3, -5), kColour);
-    DrawLine(f.rc, At(2.3, 4.1), At(2.9, 4.8), kColour); // one pixel: zero length
-    EXPECT_EQ(f.WrittenCount(), 0);
-}
-
-TEST(WideLines, FlatLinesAddTheScanlineBelow) {
-    RasterFrame f(16, 12);
-    f.rc.wideLines = 1;
-    DrawLine(f.rc, At(2, 5), At(8, 5), kColour);
-    EXPECT_EQ(f.WrittenInRow(5), 6);
-    EXPECT_EQ(f.WrittenInRow(6), 6);
-    EXPECT_EQ(f.WrittenCount(), 12);
-}
-
-TEST(WideLines, LastScanlineDrawsOneRow) {
-    RasterFrame f(16, 12);
-    f.rc.wideLines = 1;
-    DrawLine(f.rc, At(2, 11), At(8, 11), kColour);
-    EXPECT_EQ(f.WrittenInRow(11), 6);
-    EXPECT_EQ(f.WrittenCount(), 6);
-    EXPECT_TRUE(f.GuardsIntact());
+    std::int32_t p = -5, q = 3, r = 0, s = 3, t = -5, u = 0; // beside the top-left corner
+    EXPECT_TRUE(ClipLine(f.rc, p, q, r, s, t, u));
 }
 
 TEST(WideLines, SteepNeighbourAtTheLastColumnWrapsToTheNextMemoryRow) {
@@ -146,26 +116,6 @@ TEST(WideLines, SteepNeighbourNeverLeavesTheBuffers) {
     DrawLine(g.rc, At(15.5, 12), At(15.5, 0), kColour); // bottom row: depth would leave
     EXPECT_EQ(g.WrittenInRow(11), 2); // its own pixel and the neighbour of scanline 10
     EXPECT_TRUE(g.GuardsIntact());
-}
-
-TEST(WideLines, DoubleResolutionTakesHalfPixelEnds) {
-    RasterFrame f(16, 12);
-    f.rc.wideLines = 1;
-    f.rc.doubleResolution = 1;
-    DrawLine(f.rc, At(1, 2), At(4, 2), kColour); // pixels 2..7 of scanline 4
-    EXPECT_EQ(f.WrittenInRow(4), 6);
-    EXPECT_TRUE(f.Written(2, 4));
-    EXPECT_EQ(f.WrittenInRow(5), 6);
-}
-
-TEST(BoldLines, DrawThreeOffsetCopies) {
-    RasterFrame f(16, 12);
-    DrawBoldLine(f.rc, At(4, 4), At(10, 4), kColour);
-    EXPECT_EQ(f.WrittenInRow(3), 6); // columns 3..8
-    EXPECT_TRUE(f.Written(3, 3));
-    EXPECT_EQ(f.WrittenInRow(4), 7); // columns 3..9
-    EXPECT_TRUE(f.Written(9, 4));
-    EXPECT_EQ(f.WrittenCount(), 13);
 }
 
 } // namespace

@@ -5,8 +5,10 @@
 #include "plugin/material.h"
 #include "plugin/picture.h"
 #include "zbuffer/fixed_point.h"
+#include "zbuffer/izb.h"
 #include "zbuffer/raster_context.h"
 #include "zbuffer/screen_vertex.h"
+#include "zbuffer/span_fillers.h"
 
 #include <cstdint>
 #include <cstring>
@@ -22,14 +24,41 @@ struct Bgra {
     }
 };
 
+// A run of written pixels on one scanline: columns first .. end - 1.
+struct Span {
+    int y, first, end;
+    friend bool operator==(const Span&, const Span&) = default;
+    friend std::ostream& operator<<(std::ostream& os, const Span& s) {
+        return os << "row " << s.y << " [" << s.first << ", " << s.end << ")";
+    }
+};
+using Spans = std::vector<Span>;
+
+// Every run of written entries of a top-down depth buffer, top to bottom, left to right.
+inline Spans SpansOf(const std::int32_t* depth, int width, int height) {
+    Spans out;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const std::int32_t* row = depth + y * width;
+            if (row[x] == kDepthEmpty || (x > 0 && row[x - 1] != kDepthEmpty)) continue;
+            int end = x;
+            while (end < width && row[end] != kDepthEmpty) ++end;
+            out.push_back({y, x, end});
+        }
+    return out;
+}
+
+class Polygon;
+
 class RasterFrame {
 public:
-    // One guard row before and after each buffer catches writes just outside it.
+    // Guard rows before and after each buffer catch writes just outside it.
     RasterFrame(int width, int height, Bgra background = {})
         : width_(width), height_(height), pitch_(((32 * width + 31) / 32) * 4),
-          colour_(static_cast<std::size_t>(pitch_) * (height + 2), kGuardByte),
-          depth_(static_cast<std::size_t>(width) * (height + 2), kDepthEmpty) {
-        AttachRasterBuffers(rc, colour_.data() + pitch_, depth_.data() + width, width, height);
+          colour_(static_cast<std::size_t>(pitch_) * (height + 2 * kGuardRows), kGuardByte),
+          depth_(static_cast<std::size_t>(width) * (height + 2 * kGuardRows), kDepthEmpty) {
+        AttachRasterBuffers(rc, colour_.data() + kGuardRows * pitch_,
+                            depth_.data() + kGuardRows * width, width, height);
         Fill(background);
     }
 
@@ -37,16 +66,13 @@ public:
         for (int y = 0; y < height_; ++y)
             for (int x = 0; x < width_; ++x) Set(x, y, p);
     }
-    // Screen row y is memory row height - 1 - y.
     Bgra Pixel(int x, int y) const {
-        const std::uint8_t* p = &colour_[(height_ - y) * pitch_ + x * 4];
-        return Bgra{p[0], p[1], p[2], p[3]};
+        Bgra p;
+        std::memcpy(&p, &colour_[Offset(x, y)], 4);
+        return p;
     }
-    void Set(int x, int y, Bgra v) {
-        std::uint8_t* p = &colour_[(height_ - y) * pitch_ + x * 4];
-        p[0] = v.b, p[1] = v.g, p[2] = v.r, p[3] = v.a;
-    }
-    std::int32_t Depth(int x, int y) const { return depth_[(y + 1) * width_ + x]; }
+    void Set(int x, int y, Bgra p) { std::memcpy(&colour_[Offset(x, y)], &p, 4); }
+    std::int32_t Depth(int x, int y) const { return depth_[(y + kGuardRows) * width_ + x]; }
     bool Written(int x, int y) const { return Depth(x, y) != kDepthEmpty; }
     int WrittenInRow(int y) const {
         int n = 0;
@@ -58,12 +84,19 @@ public:
         for (int y = 0; y < height_; ++y) n += WrittenInRow(y);
         return n;
     }
+    Spans WrittenSpans() const {
+        return SpansOf(depth_.data() + kGuardRows * width_, width_, height_);
+    }
+    // Fills a copy of the polygon; rc points at the copy only during the call.
+    inline int Draw(Polygon polygon, FillMode mode = FillMode::Flat);
     bool GuardsIntact() const {
-        const std::size_t lastColour = colour_.size() - pitch_, lastDepth = depth_.size() - width_;
-        for (int i = 0; i < pitch_; ++i)
-            if (colour_[i] != kGuardByte || colour_[lastColour + i] != kGuardByte) return false;
-        for (int i = 0; i < width_; ++i)
-            if (depth_[i] != kDepthEmpty || depth_[lastDepth + i] != kDepthEmpty) return false;
+        const std::size_t colourGuard = kGuardRows * pitch_, depthGuard = kGuardRows * width_;
+        for (std::size_t i = 0; i < colourGuard; ++i)
+            if (colour_[i] != kGuardByte || colour_[colour_.size() - 1 - i] != kGuardByte)
+                return false;
+        for (std::size_t i = 0; i < depthGuard; ++i)
+            if (depth_[i] != kDepthEmpty || depth_[depth_.size() - 1 - i] != kDepthEmpty)
+                return false;
         return true;
     }
     const std::vector<std::uint8_t>& Colour() const { return colour_; }
@@ -72,6 +105,11 @@ public:
     RasterContext rc;
 
 private:
+    // Screen row y is memory row height - 1 - y.
+    std::size_t Offset(int x, int y) const {
+        return (height_ - 1 - y + kGuardRows) * pitch_ + x * 4;
+    }
+    static constexpr int kGuardRows = 2;
     static constexpr std::uint8_t kGuardByte = 0xA5;
     int width_, height_, pitch_;
     std::vector<std::uint8_t> colour_;
@@ -105,6 +143,7 @@ public:
         rc.vertexCount = static_cast<std::int32_t>(list_.size());
     }
     ScreenVertex& operator[](std::size_t i) { return vertices_[i]; }
+    const std::vector<ScreenVertex>& Vertices() const { return vertices_; }
     int Count() const { return static_cast<int>(vertices_.size()); }
 
 private:
@@ -115,6 +154,31 @@ private:
     std::vector<ScreenVertex> vertices_;
     std::vector<ScreenVertex*> list_;
 };
+
+int RasterFrame::Draw(Polygon polygon, FillMode mode) {
+    polygon.Use(rc);
+    return FillPolygon(rc, mode);
+}
+
+// Rectangle from (x0, y0) to (x1, y1) in pixels at one depth.
+inline Polygon Rect(double x0, double y0, double x1, double y1, std::int32_t z = 100) {
+    return Polygon{Vertex(x0, y0, z), Vertex(x1, y0, z), Vertex(x1, y1, z), Vertex(x0, y1, z)};
+}
+
+// A driver's surface read by screen position, as RasterFrame reads its own buffers.
+inline Bgra SurfacePixel(const SurfaceRecord& s, int x, int y) {
+    Bgra p;
+    std::memcpy(&p, s.colourBits + (s.H - 1 - y) * s.colourStride + 4 * x, 4);
+    return p;
+}
+inline Spans SurfaceSpans(const SurfaceRecord& s) {
+    return SpansOf(s.depth, s.W, s.H);
+}
+inline int SurfaceWritten(const SurfaceRecord& s) {
+    int n = 0;
+    for (const Span& span : SurfaceSpans(s)) n += span.end - span.first;
+    return n;
+}
 
 // A picture whose texels the test sets by image position (row 0 at the top).
 class TestPicture : public TPicture {

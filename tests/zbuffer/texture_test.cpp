@@ -1,10 +1,15 @@
-// Texture binding, texel fetches with wrapping and palettes, and the textured dispatch's
-// coordinates.
+// Shading and texturing: texture binding, texel fetches with wrapping and palettes, the
+// textured dispatch's coordinates, colour conversion, tint and sphere-map coordinates.
 #include "raster_frame.h"
 #include "zbuffer/polygon_dispatch.h"
+#include "zbuffer/shading.h"
 #include "zbuffer/texture_binding.h"
 
 #include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <deque>
 
 namespace {
 
@@ -22,35 +27,30 @@ std::unique_ptr<TestPicture> GridPicture(bool topDown) {
 
 class Textures : public ::testing::Test {
 protected:
+    // Each call binds through a new material, since binding the same one again does nothing.
     void Bind(TPicture* picture, int slot = 0) {
-        material.textures[slot] = picture;
-        BindMaterialTexture(rc, &material, slot);
+        materials.emplace_back().textures[slot] = picture;
+        BindMaterialTexture(rc, &materials.back(), slot);
     }
+    std::uint32_t Fetch(double u, double v) { return rc.sampleTexel(rc, Fixed(u), Fixed(v)); }
     RasterContext rc;
-    q5_MATERIAL material;
+    std::deque<q5_MATERIAL> materials;
 };
 
-TEST_F(Textures, FetchWrapsBeyondTheLastTexel) {
-    auto grid = GridPicture(false);
-    Bind(grid.get());
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(64.5), Fixed(5.5)), 0x070500u);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(63.9), Fixed(5.5)), 0x07053Fu);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(10.2), Fixed(70.0)), 0x07060Au);
-    // A negative position masks to 2^20 - 1, which wraps to the last column.
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(-0.5), Fixed(0.0)), 0x07003Fu);
-}
-
-TEST_F(Textures, TopDownRowsFetchTheSameImage) {
+TEST_F(Textures, FetchWrapsBeyondTheLastTexelWhicheverWayRowsAreStored) {
     auto bottomUp = GridPicture(false), topDown = GridPicture(true);
-    Bind(topDown.get());
+    for (TestPicture* grid : {bottomUp.get(), topDown.get()}) {
+        SCOPED_TRACE(grid->rowsTopDown ? "top-down" : "bottom-up");
+        Bind(grid);
+        EXPECT_EQ(Fetch(9, 41), 0x072909u);
+        EXPECT_EQ(Fetch(64.5, 5.5), 0x070500u);
+        EXPECT_EQ(Fetch(63.9, 5.5), 0x07053Fu);
+        EXPECT_EQ(Fetch(10.2, 70.0), 0x07060Au);
+        // A negative position masks to 2^20 - 1, which wraps to the last column.
+        EXPECT_EQ(Fetch(-0.5, 0.0), 0x07003Fu);
+    }
     EXPECT_EQ(rc.texPitch, -64 * 3);
     EXPECT_EQ(rc.texRow0, static_cast<const std::uint8_t*>(topDown->bits) + 63 * 64 * 3);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(9), Fixed(41)), 0x072909u);
-    q5_MATERIAL other;
-    other.textures[0] = bottomUp.get();
-    BindMaterialTexture(rc, &other, 0);
-    EXPECT_EQ(rc.texPitch, 64 * 3);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(9), Fixed(41)), 0x072909u);
 }
 
 TEST_F(Textures, PaletteEntryComesBackWithItsReservedByte) {
@@ -62,26 +62,33 @@ TEST_F(Textures, PaletteEntryComesBackWithItsReservedByte) {
     Bind(&p);
     EXPECT_TRUE(rc.textureIs8Bit);
     EXPECT_EQ(rc.texelBytes, 1);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(2.5), Fixed(1.5)), 0x5A03FA32u);
-    EXPECT_EQ(rc.sampleTexel(rc, Fixed(0), Fixed(0)), 0x5A03FF00u);
+    EXPECT_EQ(Fetch(2.5, 1.5), 0x5A03FA32u);
+    EXPECT_EQ(Fetch(0, 0), 0x5A03FF00u);
 }
 
-TEST_F(Textures, OnlyThirtyTwoBitTexelsCarryAlpha) {
-    TestPicture deep(1, 1, 32), shallow(1, 1, 24);
+TEST_F(Textures, OnlyThirtyTwoBitTexelsCarryAlphaAndOtherDepthsUseTheConvertedCopy) {
+    TestPicture deep(1, 1, 32), shallow(1, 1, 24), raw(2, 2, 32), sixteen(2, 2, 16);
     deep.SetTexel(0, 0, 0x80112233);
     shallow.SetTexel(0, 0, 0x80112233);
     Bind(&deep);
     EXPECT_TRUE(rc.textureIs32Bit);
-    EXPECT_EQ(rc.sampleTexel(rc, 0, 0), 0x80112233u);
-    q5_MATERIAL other;
-    other.textures[0] = &shallow;
-    BindMaterialTexture(rc, &other, 0);
+    EXPECT_EQ(Fetch(0, 0), 0x80112233u);
+    Bind(&shallow);
     EXPECT_FALSE(rc.textureIs32Bit);
-    EXPECT_EQ(rc.sampleTexel(rc, 0, 0), 0x00112233u);
+    EXPECT_EQ(Fetch(0, 0), 0x00112233u);
+
+    raw.texels32Ready = false;
+    raw.convertTo = &shallow;
+    Bind(&raw);
+    EXPECT_EQ(rc.texelBytes, 3);
+    EXPECT_EQ(rc.texHeader, shallow.header);
+    Bind(&sixteen);
+    EXPECT_EQ(rc.sampleTexel, nullptr) << "no copy to be had";
 }
 
-TEST_F(Textures, BindingIsKeyedByMaterialAlone) {
-    TestPicture diffuse(2, 2, 24), reflection(2, 2, 32);
+TEST_F(Textures, BindingIsKeyedByMaterialAloneAndNeedsAnImage) {
+    TestPicture diffuse(2, 2, 24), reflection(2, 2, 32), empty(2, 2, 24);
+    q5_MATERIAL material;
     material.textures[0] = &diffuse;
     material.textures[3] = &reflection;
     BindMaterialTexture(rc, &material, 0);
@@ -92,30 +99,13 @@ TEST_F(Textures, BindingIsKeyedByMaterialAlone) {
     EXPECT_EQ(rc.sampleTexel, nullptr);
     BindMaterialTexture(rc, &material, 3);
     EXPECT_EQ(rc.texelBytes, 4);
-}
 
-TEST_F(Textures, PictureWithoutImageBindsNothing) {
-    TestPicture empty(2, 2, 24);
     empty.header = nullptr;
     Bind(&empty);
-    EXPECT_EQ(rc.boundMaterial, &material);
+    EXPECT_EQ(rc.boundMaterial, &materials.back());
     EXPECT_EQ(rc.sampleTexel, nullptr);
     EXPECT_EQ(rc.texHeader, nullptr);
     EXPECT_EQ(rc.texRow0, nullptr);
-}
-
-TEST_F(Textures, UnsampledDepthsUseTheConvertedCopy) {
-    TestPicture raw(2, 2, 32), copy(2, 2, 24), sixteen(2, 2, 16);
-    raw.texels32Ready = false;
-    raw.convertTo = &copy;
-    Bind(&raw);
-    EXPECT_EQ(rc.texelBytes, 3);
-    EXPECT_EQ(rc.texHeader, copy.header);
-
-    q5_MATERIAL other;
-    other.textures[0] = &sixteen;
-    BindMaterialTexture(rc, &other, 0);
-    EXPECT_EQ(rc.sampleTexel, nullptr); // no copy to be had
 }
 
 class TexturedDispatch : public ::testing::Test {
@@ -125,10 +115,10 @@ protected:
         material.textures[0] = &picture;
         BindMaterialTexture(frame.rc, &material, 0);
     }
-    // Flat-topped, covering scanlines 0..3 from column 0.
-    Polygon Triangle(float s0, float t0, float s1, float t1, float s2, float t2) {
+    // Flat-topped, covering scanlines 0..3 from column 0, with s and t per corner.
+    Polygon Triangle(const float (&st)[3][2] = {}) {
         Polygon p{Vertex(0, 0), Vertex(4, 0), Vertex(0, 4)};
-        p[0].s = s0, p[0].t = t0, p[1].s = s1, p[1].t = t1, p[2].s = s2, p[2].t = t2;
+        for (int i = 0; i < 3; ++i) p[i].s = st[i][0], p[i].t = st[i][1];
         return p;
     }
     RasterFrame frame;
@@ -136,47 +126,44 @@ protected:
     q5_MATERIAL material;
 };
 
-TEST_F(TexturedDispatch, NegativeCoordinatesShiftPastZero) {
-    Polygon p = Triangle(-1.0f, 0.0f, -0.5f, 0.5f, -0.75f, 0.25f);
-    p.Use(frame.rc);
-    EXPECT_EQ(DrawTexturedPolygon(frame.rc, 3, 0), 0);
-    EXPECT_FLOAT_EQ(p[0].u, 1.0f); // shifted by ceil(-1) - 1 = -2
-    EXPECT_FLOAT_EQ(p[1].u, 1.5f);
-    EXPECT_FLOAT_EQ(p[0].v, 1.0f); // v = -t, shifted by -1
-    EXPECT_FLOAT_EQ(p[1].v, 0.5f);
-}
-
-TEST_F(TexturedDispatch, CoordinatesInTheUnitSquareStay) {
-    Polygon p = Triangle(0.25f, -0.5f, 0.75f, -0.25f, 0.5f, -0.3f);
-    p.Use(frame.rc);
-    DrawTexturedPolygon(frame.rc, 3, 0);
-    EXPECT_FLOAT_EQ(p[0].u, 0.25f);
-    EXPECT_FLOAT_EQ(p[0].v, 0.5f);
-    EXPECT_FLOAT_EQ(p[1].v, 0.25f);
-}
-
-TEST_F(TexturedDispatch, LargeCoordinatesShiftDownByWholeUnits) {
-    Polygon p = Triangle(2.5f, -0.5f, 3.0f, -0.5f, 2.75f, -0.5f);
-    p.Use(frame.rc);
-    DrawTexturedPolygon(frame.rc, 3, 0);
-    EXPECT_FLOAT_EQ(p[0].u, 0.5f);
-    EXPECT_FLOAT_EQ(p[1].u, 1.0f);
-    EXPECT_FLOAT_EQ(p[0].v, 0.5f); // v shifts by floor(0.5) = 0
-}
-
-TEST_F(TexturedDispatch, TextureMatrixMapsSAndT) {
-    material.textureMatrix[0][0] = 2.0f;
-    material.textureMatrix[2][0] = 0.25f;
-    material.textureMatrix[2][1] = 0.5f;
-    Polygon p = Triangle(0.125f, 0.125f, 0.125f, 0.125f, 0.125f, 0.125f);
-    p.Use(frame.rc);
-    DrawTexturedPolygon(frame.rc, 3, 0);
-    EXPECT_FLOAT_EQ(p[2].u, 0.5f);          // 2 * 0.125 + 0.25
-    EXPECT_FLOAT_EQ(p[2].v, 1.0f - 0.625f); // -(0.125 + 0.5), shifted by -1
+TEST_F(TexturedDispatch, CoordinatesAreMappedThenShiftedTowardsTheUnitSquare) {
+    // u = s, v = -t through the identity matrix; when either minimum leaves [0, 1) both shift,
+    // by ceil(min) - 1 below 0 and floor(min) otherwise.
+    const struct {
+        const char* what;
+        float st[3][2], uv[3][2];
+        bool scaled = false; // u = 2s + 0.25, v = -(t + 0.5)
+    } cases[] = {
+        // clang-format off
+        {"u in -1 .. -0.5 shifts by -2, v by -1",
+         {{-1, 0}, {-0.5f, 0.5f}, {-0.75f, 0.25f}}, {{1, 1}, {1.5f, 0.5f}, {1.25f, 0.75f}}},
+        {"inside the unit square nothing moves",
+         {{0.25f, -0.5f}, {0.75f, -0.25f}, {0.5f, -0.3f}},
+         {{0.25f, 0.5f}, {0.75f, 0.25f}, {0.5f, 0.3f}}},
+        {"u from 2.5 shifts by floor(2.5), v by floor(0.5) = 0",
+         {{2.5f, -0.5f}, {3, -0.5f}, {2.75f, -0.5f}}, {{0.5f, 0.5f}, {1, 0.5f}, {0.75f, 0.5f}}},
+        {"the texture matrix maps s and t first",
+         {{0.125f, 0.125f}, {0.125f, 0.125f}, {0.125f, 0.125f}},
+         {{0.5f, 0.375f}, {0.5f, 0.375f}, {0.5f, 0.375f}}, true},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        material.textureMatrix[0][0] = c.scaled ? 2.0f : 1.0f;
+        material.textureMatrix[2][0] = c.scaled ? 0.25f : 0.0f;
+        material.textureMatrix[2][1] = c.scaled ? 0.5f : 0.0f;
+        Polygon p = Triangle(c.st);
+        p.Use(frame.rc);
+        EXPECT_EQ(DrawTexturedPolygon(frame.rc, 3, 0), 0);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_FLOAT_EQ(p[i].u, c.uv[i][0]) << "corner " << i;
+            EXPECT_FLOAT_EQ(p[i].v, c.uv[i][1]) << "corner " << i;
+        }
+    }
 }
 
 TEST_F(TexturedDispatch, BlendedFlatTakesCoverageAlphaGouraudStaysOpaque) {
-    Polygon p = Triangle(0, 0, 0, 0, 0, 0);
+    Polygon p = Triangle();
     p.Use(frame.rc);
     frame.rc.opacity = 128;
     DrawTexturedPolygon(frame.rc, 3, kPolygonFlat | kPolygonBlended);
@@ -191,20 +178,17 @@ TEST_F(TexturedDispatch, BlendedThirtyTwoBitTexturesUseTexelAlpha) {
     q5_MATERIAL glass;
     glass.textures[0] = &clear;
     BindMaterialTexture(frame.rc, &glass, 0);
-    Polygon p = Triangle(0, 0, 0, 0, 0, 0);
+    Polygon p = Triangle();
     p.Use(frame.rc);
     DrawTexturedPolygon(frame.rc, 3, kPolygonBlended);
     EXPECT_EQ(frame.WrittenCount(), 0);
     DrawTexturedPolygon(frame.rc, 3, 0); // unblended, alpha is not looked at
     EXPECT_GT(frame.WrittenCount(), 0);
-}
 
-TEST_F(TexturedDispatch, WithoutATextureNothingIsDrawn) {
     BindMaterialTexture(frame.rc, nullptr, 0);
-    Polygon p = Triangle(0, 0, 0, 0, 0, 0);
-    p.Use(frame.rc);
-    EXPECT_EQ(DrawTexturedPolygon(frame.rc, 3, 0), 0);
-    EXPECT_EQ(frame.WrittenCount(), 0);
+    frame.Fill(Bgra{});
+    EXPECT_EQ(DrawTexturedPolygon(frame.rc, 3, kPolygonFlat), 0);
+    EXPECT_EQ(frame.Pixel(0, 0), Bgra{}) << "without a texture nothing is drawn";
 }
 
 TEST_F(TexturedDispatch, DoubleResolutionIsUndoneAfterwards) {
@@ -216,6 +200,47 @@ TEST_F(TexturedDispatch, DoubleResolutionIsUndoneAfterwards) {
     EXPECT_EQ(p[1].x, 512);
     EXPECT_EQ(p[2].y, 384);
     EXPECT_TRUE(frame.Written(3, 0));
+}
+
+std::array<int, 3> Bytes(RgbBytes c) {
+    return {c.red, c.green, c.blue};
+}
+
+TEST(ColourToBytes, ClampsThenTruncates) {
+    EXPECT_EQ(Bytes(ColourToBytes(1.5f, -0.2f, 0.5f)), (std::array{255, 0, 127})); // 127.5
+    EXPECT_EQ(Bytes(ColourToBytes(NAN, 0.999f, 0.0f)), (std::array{0, 254, 0}));
+}
+
+TEST(TintColour, ScalesEachChannelByItsFactor) {
+    const float factors[3] = {0.3f, 0.5f, 2.0f};
+    // 1.0 * 0.3 * 255 = 76.5, 0.2 * 0.5 * 255 = 25.5, blue clamped.
+    EXPECT_EQ(Bytes(TintColour(RgbBytes{255, 51, 255}, factors)), (std::array{76, 25, 255}));
+}
+
+TEST(SphereMap, KnownReflectionsBothAsValuesAndInTheVertex) {
+    constexpr double kTolerance = 1e-6;
+    const double r = std::sqrt(0.5), e[3] = {0, 0, 1};
+    const struct {
+        const char* what;
+        double n[3];
+        float s, t;
+    } cases[] = {
+        {"reflection along the view: s = 0.5 + 0.5, not wrapped to 0", {0, 0, 1}, 1.0f, 0.0f},
+        {"reflection to -e", {1, 0, 0}, 1.0f, 1.0f},
+        {"r = (1, 0, 0): atan2(0, -1) / 2pi + 0.25 + 0.5 wraps to 0.25", {r, 0, r}, 0.25f, 0.5f},
+        {"r = (0, -1, 0): atan2(-1, 0) / 2pi + 0.25 + 0.5", {0, -r, r}, 0.5f, 0.5f},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        float s = 0, t = 0;
+        SphereMapCoordinates(e, c.n, s, t);
+        ScreenVertex v{};
+        SetSphereMapCoordinates(v, e, c.n);
+        EXPECT_NEAR(s, c.s, kTolerance);
+        EXPECT_NEAR(t, c.t, kTolerance);
+        EXPECT_NEAR(v.s, c.s, kTolerance);
+        EXPECT_NEAR(v.t, c.t, kTolerance);
+    }
 }
 
 } // namespace

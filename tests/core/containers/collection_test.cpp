@@ -23,6 +23,9 @@ void RecordFree(void* item) {
     g_freed.push_back(item);
 }
 
+using Strings = std::vector<std::string>;
+using Items = std::vector<void*>;
+
 class Collection : public ::testing::Test {
 protected:
     void SetUp() override { g_freed.clear(); }
@@ -30,19 +33,15 @@ protected:
         for (q5_COLLECTION* c : made_) c->Release();
     }
 
-    q5_COLLECTION* Make(std::int32_t limit, std::int32_t delta) {
-        q5_COLLECTION* c = q5_COLLECTION::Create(limit, delta);
-        if (c != nullptr) made_.push_back(c);
-        return c;
-    }
     // A collection filled with Item(0) .. Item(n - 1).
     q5_COLLECTION* Filled(std::int32_t limit, std::int32_t delta, std::int64_t n) {
-        q5_COLLECTION* c = Make(limit, delta);
-        for (std::int64_t i = 0; i < n; ++i) c->Insert(Item(i));
+        q5_COLLECTION* c = q5_COLLECTION::Create(limit, delta);
+        if (c != nullptr) made_.push_back(c);
+        for (std::int64_t i = 0; c != nullptr && i < n; ++i) c->Insert(Item(i));
         return c;
     }
-    std::vector<std::string> Reports() const {
-        std::vector<std::string> texts;
+    Strings Reports() const {
+        Strings texts;
         for (const auto& r : host.narrowReports) texts.push_back(r.text);
         return texts;
     }
@@ -54,56 +53,42 @@ private:
     std::vector<q5_COLLECTION*> made_;
 };
 
-using Strings = std::vector<std::string>;
-
-TEST_F(Collection, WithoutSlotsOrStepTheFirstInsertIsRefused) {
-    q5_COLLECTION* c = Make(0, 0);
-    ASSERT_NE(c, nullptr);
-    EXPECT_EQ(c->Insert(Item(0)), -1);
-    EXPECT_EQ(c->Count(), 0);
+TEST_F(Collection, WithoutAStepTheItemPastTheLimitIsRefused) {
+    q5_COLLECTION* none = Filled(0, 0, 0);
+    ASSERT_NE(none, nullptr);
+    EXPECT_EQ(none->Insert(Item(0)), -1);
+    EXPECT_EQ(none->Count(), 0);
+    q5_COLLECTION* four = Filled(4, 0, 4);
     EXPECT_EQ(Reports(), Strings{"To many items[0] in collection"});
     EXPECT_EQ(host.narrowReports[0].level, 1);
+    EXPECT_EQ(four->Insert(Item(4)), -1);
+    EXPECT_EQ(four->Count(), 4);
+    EXPECT_EQ(four->At(3), Item(3));
+    EXPECT_EQ(Reports(),
+              (Strings{"To many items[0] in collection", "To many items[4] in collection"}));
 }
 
-TEST_F(Collection, WithoutStepTheItemPastTheLimitIsRefused) {
-    q5_COLLECTION* c = Filled(4, 0, 4);
-    EXPECT_TRUE(host.narrowReports.empty());
-    EXPECT_EQ(c->Insert(Item(4)), -1);
-    EXPECT_EQ(Reports(), Strings{"To many items[4] in collection"});
-    EXPECT_EQ(c->Count(), 4);
-    EXPECT_EQ(c->At(3), Item(3));
-}
-
-TEST_F(Collection, UpTo512SlotsGrowsByTheCallersStep) {
-    q5_COLLECTION* c = Filled(512, 1, 513);
-    EXPECT_EQ(c->Limit(), 513);
-    EXPECT_EQ(c->Delta(), 1);
-    q5_COLLECTION* d = Filled(3, 5, 4);
-    EXPECT_EQ(d->Limit(), 8);
-}
-
-TEST_F(Collection, Past512SlotsTheStepIsRaisedAndKept) {
-    q5_COLLECTION* c = Filled(513, 1, 514);
-    EXPECT_EQ(c->Limit(), 769);
-    EXPECT_EQ(c->Delta(), 256);
-    for (std::int64_t i = 514; i <= 769; ++i) c->Insert(Item(i));
+// Up to 512 slots the caller's step is used; past that it is raised to a floor of 256, 1024 from
+// 2049 slots and 8192 from 16385, unless it is larger already.
+TEST_F(Collection, GrowthStepDependsOnTheLimit) {
+    const struct {
+        std::int32_t limit, delta;
+        std::int64_t grownLimit, grownDelta;
+    } cases[] = {{512, 1, 513, 1},     {3, 5, 8, 5},          {513, 1, 769, 256},
+                 {2048, 1, 2304, 256}, {2049, 1, 3073, 1024}, {16385, 1, 24577, 8192},
+                 {600, 300, 900, 300}};
+    for (const auto& c : cases) {
+        q5_COLLECTION* grown = Filled(c.limit, c.delta, c.limit + 1);
+        EXPECT_EQ(grown->Limit(), c.grownLimit) << c.limit;
+        EXPECT_EQ(grown->Delta(), c.grownDelta) << c.limit;
+        EXPECT_EQ(grown->At(c.limit), Item(c.limit)) << c.limit;
+    }
+    // The raised step is kept, and the items survive each move.
+    q5_COLLECTION* c = Filled(513, 1, 770);
     EXPECT_EQ(c->Limit(), 1025);
     EXPECT_EQ(c->Delta(), 256);
-    for (std::int64_t i = 0; i <= 769; ++i) ASSERT_EQ(c->At(i), Item(i)) << i;
-}
-
-TEST_F(Collection, StepFloorsRiseAt2049And16385Slots) {
-    q5_COLLECTION* below = Filled(2048, 1, 2049);
-    EXPECT_EQ(below->Limit(), 2048 + 256);
-    q5_COLLECTION* mid = Filled(2049, 1, 2050);
-    EXPECT_EQ(mid->Limit(), 2049 + 1024);
-    EXPECT_EQ(mid->Delta(), 1024);
-    q5_COLLECTION* big = Filled(16385, 1, 16386);
-    EXPECT_EQ(big->Limit(), 16385 + 8192);
-    EXPECT_EQ(big->Delta(), 8192);
-    EXPECT_EQ(big->At(16385), Item(16385));
-    q5_COLLECTION* wide = Filled(600, 300, 601);
-    EXPECT_EQ(wide->Limit(), 900) << "a step above the floor is kept";
+    for (std::int64_t i = 0; i < 770; ++i) ASSERT_EQ(c->At(i), Item(i)) << i;
+    EXPECT_TRUE(host.narrowReports.empty());
 }
 
 TEST_F(Collection, BadIndicesReportTheIndexCutTo32Bits) {
@@ -113,76 +98,54 @@ TEST_F(Collection, BadIndicesReportTheIndexCutTo32Bits) {
     EXPECT_EQ(c->At(0x100000005), nullptr);
     EXPECT_FALSE(c->AtDelete(2));
     EXPECT_FALSE(c->AtPut(-3, Item(9)));
-    EXPECT_EQ(Reports(), (Strings{"Invalid index[-1] in access to collection",
-                                  "Invalid index[2] in access to collection",
-                                  "Invalid index[5] in access to collection",
-                                  "Invalid index[2] in access to collection",
-                                  "Invalid index[-3] in access to collection"}));
-    EXPECT_EQ(c->Count(), 2);
-}
-
-TEST_F(Collection, AtInsertTakesCountButNothingBeyond) {
-    q5_COLLECTION* c = Filled(8, 8, 2);
-    EXPECT_TRUE(c->AtInsert(2, Item(7)));
-    EXPECT_FALSE(c->AtInsert(4, Item(8)));
+    EXPECT_FALSE(c->AtInsert(3, Item(8))); // count is a valid place, count + 1 is not
     EXPECT_FALSE(c->AtInsert(-1, Item(8)));
-    EXPECT_EQ(Reports(), (Strings{"Invalid index[4] in access to collection",
-                                  "Invalid index[-1] in access to collection"}));
-    EXPECT_EQ(c->Count(), 3);
+    c->Swap(0, 5);
+    EXPECT_FALSE(c->AtFree(5)); // silently
+    const std::string bad = "Invalid index[";
+    const std::string tail = "] in access to collection";
+    EXPECT_EQ(Reports(),
+              (Strings{bad + "-1" + tail, bad + "2" + tail, bad + "5" + tail, bad + "2" + tail,
+                       bad + "-3" + tail, bad + "3" + tail, bad + "-1" + tail, bad + "5" + tail}));
+    EXPECT_EQ(c->Count(), 2);
+    EXPECT_TRUE(c->AtInsert(2, Item(7)));
     EXPECT_EQ(c->At(2), Item(7));
 }
 
-TEST_F(Collection, InsertAndDeleteShiftTheLaterItems) {
+TEST_F(Collection, WritesShiftTheLaterItemsAndEmptyTheCache) {
     q5_COLLECTION* c = Filled(8, 8, 3);
+    EXPECT_EQ(c->At(1), Item(1)); // each write below follows a fetch of index 1
     EXPECT_TRUE(c->AtInsert(1, Item(9)));
-    EXPECT_EQ(c->At(0), Item(0));
     EXPECT_EQ(c->At(1), Item(9));
+    EXPECT_EQ(c->At(0), Item(0));
     EXPECT_EQ(c->At(3), Item(2));
+    EXPECT_EQ(c->At(1), Item(9));
     EXPECT_TRUE(c->AtDelete(0));
     EXPECT_EQ(c->Count(), 3);
+    EXPECT_EQ(c->At(1), Item(1));
+    EXPECT_TRUE(c->AtPut(1, Item(5)));
+    EXPECT_EQ(c->At(1), Item(5));
     EXPECT_EQ(c->At(0), Item(9));
-    EXPECT_EQ(c->At(2), Item(2));
-    EXPECT_TRUE(c->AtPut(2, Item(5)));
-    EXPECT_EQ(c->At(2), Item(5));
     EXPECT_TRUE(g_freed.empty());
 }
 
-TEST_F(Collection, DeleteAllKeepsTheSlotsAndFreesNothing) {
-    q5_COLLECTION* c = Filled(4, 4, 3);
-    c->freeItem = RecordFree;
-    c->DeleteAll();
-    EXPECT_EQ(c->Count(), 0);
-    EXPECT_EQ(c->Limit(), 4);
-    EXPECT_TRUE(g_freed.empty());
-}
-
-TEST_F(Collection, FreeingOperationsPassItemsToTheCallback) {
+TEST_F(Collection, OnlyFreeingOperationsPassItemsToTheCallback) {
     q5_COLLECTION* c = Filled(8, 8, 5);
     c->freeItem = RecordFree;
-    EXPECT_FALSE(c->AtFree(5));
-    EXPECT_TRUE(host.narrowReports.empty()) << "AtFree fails silently";
     EXPECT_TRUE(c->AtFree(1));
     EXPECT_TRUE(c->FreeItem(Item(3)));
     EXPECT_FALSE(c->FreeItem(Item(3)));
-    EXPECT_EQ(g_freed, (std::vector<void*>{Item(1), Item(3)}));
+    EXPECT_EQ(g_freed, (Items{Item(1), Item(3)}));
     c->FreeAll();
-    EXPECT_EQ(g_freed, (std::vector<void*>{Item(1), Item(3), Item(0), Item(2), Item(4)}));
+    EXPECT_EQ(g_freed, (Items{Item(1), Item(3), Item(0), Item(2), Item(4)}));
     EXPECT_EQ(c->Count(), 0);
-}
 
-TEST_F(Collection, LastReleaseFreesItemsOnlyThroughACallback) {
-    q5_COLLECTION* plain = q5_COLLECTION::Create(4, 4);
-    plain->Insert(Item(0));
-    EXPECT_EQ(plain->Release(), 0u);
-    q5_COLLECTION* owning = q5_COLLECTION::Create(4, 4);
-    owning->freeItem = RecordFree;
-    owning->Insert(Item(0));
-    owning->Insert(Item(1));
-    EXPECT_EQ(owning->AddRef(), 2u);
-    EXPECT_EQ(owning->Release(), 1u);
-    EXPECT_TRUE(g_freed.empty());
-    EXPECT_EQ(owning->Release(), 0u);
-    EXPECT_EQ(g_freed, (std::vector<void*>{Item(0), Item(1)}));
+    q5_COLLECTION* kept = Filled(4, 4, 3);
+    kept->freeItem = RecordFree;
+    kept->DeleteAll();
+    EXPECT_EQ(kept->Count(), 0);
+    EXPECT_EQ(kept->Limit(), 4);
+    EXPECT_EQ(g_freed.size(), 5u);
 }
 
 TEST_F(Collection, DeleteItemRemovesTheFirstSlotHoldingThePointer) {
@@ -195,39 +158,19 @@ TEST_F(Collection, DeleteItemRemovesTheFirstSlotHoldingThePointer) {
     EXPECT_TRUE(host.narrowReports.empty());
 }
 
-TEST_F(Collection, NullProbeFindsANullSlotOnlyThroughTheCache) {
+TEST_F(Collection, CacheFindsNullSlotsAndSurvivesSwap) {
     q5_COLLECTION* c = Filled(8, 8, 1);
     c->Insert(nullptr);
     EXPECT_EQ(c->IndexOf(nullptr), -1);
     EXPECT_EQ(c->At(1), nullptr);
     EXPECT_EQ(c->IndexOf(nullptr), 1);
-}
 
-TEST_F(Collection, SwapLeavesTheCacheNamingThePreSwapItem) {
-    q5_COLLECTION* c = Filled(8, 8, 2);
-    c->Swap(0, 1);
-    EXPECT_EQ(c->At(1), Item(1));
-    EXPECT_EQ(c->IndexOf(Item(1)), 1);
-    EXPECT_EQ(c->At(0), Item(1));
-    EXPECT_EQ(c->At(1), Item(0));
-}
-
-TEST_F(Collection, WritesEmptyTheCache) {
-    q5_COLLECTION* c = Filled(8, 8, 2);
-    EXPECT_EQ(c->At(1), Item(1));
-    c->AtPut(1, Item(5));
-    EXPECT_EQ(c->At(1), Item(5));
-    c->AtInsert(0, Item(6));
-    EXPECT_EQ(c->At(1), Item(0));
-    c->AtDelete(0);
-    EXPECT_EQ(c->At(1), Item(5));
-}
-
-TEST_F(Collection, SwapWithABadIndexReportsIt) {
-    q5_COLLECTION* c = Filled(8, 8, 2);
-    c->Swap(0, 5);
-    EXPECT_EQ(Reports(), Strings{"Invalid index[5] in access to collection"});
-    EXPECT_EQ(c->Count(), 2);
+    q5_COLLECTION* s = Filled(8, 8, 2);
+    s->Swap(0, 1); // the cache still names index 1 with the item from before the swap
+    EXPECT_EQ(s->At(1), Item(1));
+    EXPECT_EQ(s->IndexOf(Item(1)), 1);
+    EXPECT_EQ(s->At(0), Item(1));
+    EXPECT_EQ(s->At(1), Item(0));
 }
 
 class Named final : public q5_GENERIC {
@@ -240,12 +183,9 @@ private:
 };
 
 TEST_F(Collection, GetByNameMatchesNameExactlyAndTypeUnlessAny) {
-    Named mesh(u"Box", 3), light(u"Lamp", 7), other(u"Box", 7);
-    q5_COLLECTION* c = Make(8, 8);
-    c->Insert(nullptr);
-    c->Insert(&mesh);
-    c->Insert(&light);
-    c->Insert(&other);
+    Named mesh(u"Box", 3), light(u"Lamp", 7), other(u"Box", 7), cached(u"Lamp", 7);
+    q5_COLLECTION* c = Filled(8, 8, 0);
+    for (Named* n : {static_cast<Named*>(nullptr), &mesh, &light, &other}) c->Insert(n);
     EXPECT_EQ(c->GetByNameW(u"Box", 0), &mesh);
     EXPECT_EQ(c->GetByNameW(u"Box", -1), &mesh);
     EXPECT_EQ(c->GetByNameW(u"Box", 7), &other);
@@ -254,15 +194,10 @@ TEST_F(Collection, GetByNameMatchesNameExactlyAndTypeUnlessAny) {
     EXPECT_EQ(c->GetByNameW(nullptr, 0), nullptr);
     EXPECT_EQ(c->GetByNameA("Lamp", 7), &light);
     EXPECT_EQ(c->GetByNameA(nullptr, 0), nullptr);
-}
-
-TEST_F(Collection, GetByNameTriesTheCachedItemFirst) {
-    Named first(u"Box", 1), second(u"Box", 1);
-    q5_COLLECTION* c = Make(8, 8);
-    c->Insert(&first);
-    c->Insert(&second);
-    EXPECT_EQ(c->At(1), &second);
-    EXPECT_EQ(c->GetByNameW(u"Box", 1), &second);
+    // The cached item is tried first.
+    c->Insert(&cached);
+    EXPECT_EQ(c->At(4), &cached);
+    EXPECT_EQ(c->GetByNameA("Lamp", 7), &cached);
 }
 
 // Sorted collections hold pointers to keyed records; equal keys with different tags show
@@ -299,31 +234,20 @@ protected:
 TEST_F(Sorted, IgnoresTheCallersGeometry) {
     EXPECT_EQ(c->Limit(), 32);
     EXPECT_EQ(c->Delta(), 16);
-    std::vector<Keyed> items(33);
-    for (int i = 0; i < 32; ++i) {
-        items[i] = {i, i};
-        c->Insert(&items[i]);
-    }
+    Keyed items[33];
+    for (int i = 0; i < 32; ++i) c->Insert(&(items[i] = {i, i}));
     EXPECT_EQ(c->Limit(), 32);
-    items[32] = {32, 32};
-    EXPECT_EQ(c->Insert(&items[32]), 32);
+    EXPECT_EQ(c->Insert(&(items[32] = {32, 32})), 32);
     EXPECT_EQ(c->Limit(), 48);
 }
 
-TEST_F(Sorted, InsertKeepsKeyOrderAndReturnsThePosition) {
-    Keyed a{5, 1}, b{1, 2}, d{3, 3};
+TEST_F(Sorted, InsertKeepsKeyOrderAndRefusesEqualItems) {
+    Keyed a{5, 1}, b{1, 2}, d{3, 3}, again{3, 4};
     EXPECT_EQ(c->Insert(&a), 0);
     EXPECT_EQ(c->Insert(&b), 0);
     EXPECT_EQ(c->Insert(&d), 1);
-    EXPECT_EQ(Tags(), (std::vector<int>{2, 3, 1}));
-}
-
-TEST_F(Sorted, WithoutDuplicatesAnEqualItemIsRefused) {
-    Keyed a{1, 1}, b{2, 2}, again{2, 3};
-    c->Insert(&a);
-    c->Insert(&b);
     EXPECT_EQ(c->Insert(&again), -1);
-    EXPECT_EQ(Tags(), (std::vector<int>{1, 2}));
+    EXPECT_EQ(Tags(), (std::vector<int>{2, 3, 1}));
 }
 
 TEST_F(Sorted, WithDuplicatesAnEqualItemGoesBeforeTheEqualRun) {
@@ -338,27 +262,20 @@ TEST_F(Sorted, WithDuplicatesAnEqualItemGoesBeforeTheEqualRun) {
     EXPECT_TRUE(c->EnableDuplicates(false));
 }
 
-TEST_F(Sorted, SearchGivesTheInsertionPositionWhenAbsent) {
+TEST_F(Sorted, SearchIndexOfAndDeleteItemGoByKey) {
     Keyed items[] = {{10, 1}, {20, 2}, {30, 3}};
     for (Keyed& k : items) c->Insert(&k);
-    std::int64_t index = -7;
-    Keyed probe{25, 0};
-    EXPECT_FALSE(c->Search(&probe, index));
-    EXPECT_EQ(index, 2);
-    probe.key = 5;
-    EXPECT_FALSE(c->Search(&probe, index));
-    EXPECT_EQ(index, 0);
-    probe.key = 35;
-    EXPECT_FALSE(c->Search(&probe, index));
-    EXPECT_EQ(index, 3);
-    probe.key = 30;
-    EXPECT_TRUE(c->Search(&probe, index));
-    EXPECT_EQ(index, 2);
-}
-
-TEST_F(Sorted, IndexOfAndDeleteItemGoByKeyNotPointer) {
-    Keyed items[] = {{10, 1}, {20, 2}, {30, 3}};
-    for (Keyed& k : items) c->Insert(&k);
+    const struct {
+        int key;
+        bool found;
+        std::int64_t index;
+    } probes[] = {{25, false, 2}, {5, false, 0}, {35, false, 3}, {30, true, 2}};
+    for (const auto& p : probes) {
+        std::int64_t index = -7;
+        Keyed probe{p.key, 0};
+        EXPECT_EQ(c->Search(&probe, index), p.found) << p.key;
+        EXPECT_EQ(index, p.index) << p.key;
+    }
     Keyed probe{20, 9};
     EXPECT_EQ(c->IndexOf(&probe), 1);
     EXPECT_TRUE(c->DeleteItem(&probe));
@@ -388,28 +305,20 @@ template <typename Member> int SlotOf(Member member) {
 }
 
 TEST(CollectionTable, OperationsStandInTheirSlots) {
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::AddRef), 2);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::Release), 3);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::DestroyObject), 4);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::At), 5);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::AtDelete), 6);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::AtFree), 7);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::AtInsert), 8);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::AtPut), 9);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::DeleteItem), 10);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::DeleteAll), 11);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::IndexOf), 12);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::Insert), 13);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::Swap), 14);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::IsIndexValid), 15);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::FreeAll), 16);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::FreeItem), 17);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::GetByNameA), 18);
-    EXPECT_EQ(SlotOf(&q5_COLLECTION::GetByNameW), 19);
-    EXPECT_EQ(SlotOf(&q5_SORTEDCOLLECTION::IndexOf), 12);
-    EXPECT_EQ(SlotOf(&q5_SORTEDCOLLECTION::Insert), 13);
-    EXPECT_EQ(SlotOf(&q5_SORTEDCOLLECTION::Search), 20);
-    EXPECT_EQ(SlotOf(&q5_SORTEDCOLLECTION::EnableDuplicates), 21);
+    using C = q5_COLLECTION;
+    using S = q5_SORTEDCOLLECTION;
+    // Slot 1 is DeleteThis; the rest follow in declaration order.
+    const int slots[] = {
+        SlotOf(&C::AddRef),    SlotOf(&C::Release),         SlotOf(&C::DestroyObject),
+        SlotOf(&C::At),        SlotOf(&C::AtDelete),        SlotOf(&C::AtFree),
+        SlotOf(&C::AtInsert),  SlotOf(&C::AtPut),           SlotOf(&C::DeleteItem),
+        SlotOf(&C::DeleteAll), SlotOf(&C::IndexOf),         SlotOf(&C::Insert),
+        SlotOf(&C::Swap),      SlotOf(&C::IsIndexValid),    SlotOf(&C::FreeAll),
+        SlotOf(&C::FreeItem),  SlotOf(&C::GetByNameA),      SlotOf(&C::GetByNameW),
+        SlotOf(&S::Search),    SlotOf(&S::EnableDuplicates)};
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(slots[i], i + 2) << i;
+    EXPECT_EQ(SlotOf(&S::IndexOf), 12);
+    EXPECT_EQ(SlotOf(&S::Insert), 13);
 }
 
 // Calls slot n (1-based) the way a host built elsewhere does.
@@ -418,20 +327,28 @@ template <typename R, typename... A> R CallSlot(void* object, int n, A... args) 
     return reinterpret_cast<R (*)(void*, A...)>(table[n - 1])(object, args...);
 }
 
+// The last Release, slot 1 and the destructor slot destroy the object, and free its items only
+// through a callback.
 TEST(CollectionTable, FirstSlotAndDestructorSlotDestroyTheObject) {
     g_freed.clear();
+    q5_COLLECTION* plain = q5_COLLECTION::Create(4, 4);
+    plain->Insert(Item(0));
+    EXPECT_EQ(plain->AddRef(), 2u);
+    EXPECT_EQ(plain->Release(), 1u);
+    EXPECT_EQ(plain->Release(), 0u);
     q5_COLLECTION* c = q5_COLLECTION::Create(4, 4);
     c->freeItem = RecordFree;
     c->Insert(Item(0));
+    c->Insert(Item(1));
     CallSlot<void>(c, 1);
-    EXPECT_EQ(g_freed, std::vector<void*>{Item(0)});
+    EXPECT_EQ(g_freed, (Items{Item(0), Item(1)}));
 
     q5_SORTEDCOLLECTION* s = q5_SORTEDCOLLECTION::Create(CompareKeys, 0, 0);
     Keyed k{1, 1};
     s->freeItem = RecordFree;
     s->Insert(&k);
     EXPECT_EQ(CallSlot<void*>(s, 4, std::uint32_t{1}), static_cast<void*>(s));
-    EXPECT_EQ(g_freed, (std::vector<void*>{Item(0), &k}));
+    EXPECT_EQ(g_freed, (Items{Item(0), Item(1), &k}));
 }
 
 } // namespace

@@ -7,105 +7,66 @@
 
 namespace {
 
-bool Matches(const char16_t* pattern, const char16_t* name) {
-    return CmpNameExW(pattern, name) == 1;
+struct MatchCase {
+    const char16_t* pattern;
+    const char16_t* name;
+    int expected;
+};
+
+using Matcher = int (*)(const q5_WCHAR*, const q5_WCHAR*);
+
+template <std::size_t N> void ExpectAll(Matcher match, const MatchCase (&cases)[N]) {
+    for (const MatchCase& c : cases) EXPECT_EQ(match(c.pattern, c.name), c.expected) << &c - cases;
 }
 
-TEST(NameMatch, StarDotStarTakesNamesWithAndWithoutExtension) {
-    EXPECT_TRUE(Matches(u"*.*", u"README"));
-    EXPECT_TRUE(Matches(u"*.*", u"a.b.c"));
-    EXPECT_TRUE(Matches(u"*", u""));
-    EXPECT_TRUE(Matches(u"", u""));
-    EXPECT_FALSE(Matches(u"", u"a"));
+// "*.*" takes names with and without an extension and the empty pattern only ""; extensions
+// compare without case and wholly; a star backtracks past earlier dots.
+TEST(NameMatch, StarsAndExtensions) {
+    // clang-format off
+    const MatchCase cases[] = {
+        {u"*.*", u"README", 1},    {u"*.*", u"a.b.c", 1},       {u"*", u"", 1},
+        {u"", u"", 1},             {u"", u"a", 0},              {u"*.txt", u"a.TXT", 1},
+        {u"*.txt", u".txt", 1},    {u"*.txt", u"a.txt.bak", 0}, {u"*.tx", u"a.txt", 0},
+        {u"*.txt", u"txt", 0},     {u"*.txt", u"a.b.txt", 1},   {u"*.txt", u"a.txt.txt", 1},
+        {u"*.t?t", u"a.b.tXt", 1}, {u"a*b*c", u"axxbyyc", 1},   {u"a*b*c", u"axxbyy", 0},
+        {u"*a?", u"bab", 1},       {u"a**", u"a", 1}};
+    // clang-format on
+    ExpectAll(CmpNameExW, cases);
 }
 
-TEST(NameMatch, ExtensionComparesWithoutCaseAndWholly) {
-    EXPECT_TRUE(Matches(u"*.txt", u"a.TXT"));
-    EXPECT_TRUE(Matches(u"*.txt", u".txt"));
-    EXPECT_FALSE(Matches(u"*.txt", u"a.txt.bak"));
-    EXPECT_FALSE(Matches(u"*.tx", u"a.txt"));
-    EXPECT_FALSE(Matches(u"*.txt", u"txt"));
+// "*." takes only names without an extension, and a dot in the pattern may stand for the end of
+// the name; "?" needs exactly one unit.
+TEST(NameMatch, DotsAndQuestionMarks) {
+    const MatchCase cases[] = {{u"*.", u"README", 1},       {u"*.", u"README.", 1},
+                               {u"*.", u"a.b", 0},          {u"readme.", u"readme", 1},
+                               {u"readme.*", u"readme", 1}, {u"readme.txt", u"readme", 0},
+                               {u"a.b", u"a", 0},           {u"file?", u"file", 0},
+                               {u"file?", u"file1", 1},     {u"file?", u"file12", 0}};
+    ExpectAll(CmpNameExW, cases);
 }
 
-TEST(NameMatch, StarBacktracksPastEarlierDots) {
-    EXPECT_TRUE(Matches(u"*.txt", u"a.b.txt"));
-    EXPECT_TRUE(Matches(u"*.txt", u"a.txt.txt"));
-    EXPECT_TRUE(Matches(u"*.t?t", u"a.b.tXt"));
-    EXPECT_TRUE(Matches(u"a*b*c", u"axxbyyc"));
-    EXPECT_FALSE(Matches(u"a*b*c", u"axxbyy"));
-    EXPECT_TRUE(Matches(u"*a?", u"bab"));
-    EXPECT_TRUE(Matches(u"a**", u"a"));
+// A minus at either end of a set is a member; "[" without a closing "]" is an ordinary unit;
+// only units below 256 fold.
+TEST(NameMatch, SetsCaseAndNullTexts) {
+    const MatchCase cases[] = {
+        {u"[a-c]*", u"Beta", 1},     {u"[a-c]*", u"delta", 0},  {u"[a-cx-z]", u"y", 1},
+        {u"[a-cx-z]", u"d", 0},      {u"[aeiou]x", u"Ex", 1},   {u"[]", u"]", 0},
+        {u"[ab]", u"", 0},           {u"[-x]", u"-", 1},        {u"[-x]", u"x", 1},
+        {u"[-x]", u"a", 0},          {u"[x-]", u"-", 1},        {u"[abc", u"[ABC", 1},
+        {u"[abc", u"a", 0},          {u"ReadMe", u"README", 1}, {u"\u0430", u"\u0410", 0},
+        {u"\u0430?", u"\u0430b", 1}, {nullptr, u"a", 0},        {u"*", nullptr, 0}};
+    ExpectAll(CmpNameExW, cases);
 }
 
-TEST(NameMatch, StarDotAcceptsOnlyNamesWithoutExtension) {
-    EXPECT_TRUE(Matches(u"*.", u"README"));
-    EXPECT_TRUE(Matches(u"*.", u"README."));
-    EXPECT_FALSE(Matches(u"*.", u"a.b"));
-}
-
-TEST(NameMatch, PatternDotMayStandForTheEndOfTheName) {
-    EXPECT_TRUE(Matches(u"readme.", u"readme"));
-    EXPECT_TRUE(Matches(u"readme.*", u"readme"));
-    EXPECT_FALSE(Matches(u"readme.txt", u"readme"));
-    EXPECT_FALSE(Matches(u"a.b", u"a"));
-}
-
-TEST(NameMatch, QuestionMarkNeedsOneUnit) {
-    EXPECT_FALSE(Matches(u"file?", u"file"));
-    EXPECT_TRUE(Matches(u"file?", u"file1"));
-    EXPECT_FALSE(Matches(u"file?", u"file12"));
-}
-
-TEST(NameMatch, SetsHoldMembersAndRanges) {
-    EXPECT_TRUE(Matches(u"[a-c]*", u"Beta"));
-    EXPECT_FALSE(Matches(u"[a-c]*", u"delta"));
-    EXPECT_TRUE(Matches(u"[a-cx-z]", u"y"));
-    EXPECT_FALSE(Matches(u"[a-cx-z]", u"d"));
-    EXPECT_TRUE(Matches(u"[aeiou]x", u"Ex"));
-    EXPECT_FALSE(Matches(u"[]", u"]"));
-    EXPECT_FALSE(Matches(u"[ab]", u""));
-}
-
-TEST(NameMatch, MinusAtEitherEndOfASetIsAMember) {
-    EXPECT_TRUE(Matches(u"[-x]", u"-"));
-    EXPECT_TRUE(Matches(u"[-x]", u"x"));
-    EXPECT_FALSE(Matches(u"[-x]", u"a"));
-    EXPECT_TRUE(Matches(u"[x-]", u"-"));
-}
-
-TEST(NameMatch, OpenBracketWithoutCloseIsAnOrdinaryUnit) {
-    EXPECT_TRUE(Matches(u"[abc", u"[ABC"));
-    EXPECT_FALSE(Matches(u"[abc", u"a"));
-}
-
-TEST(NameMatch, OnlyUnitsBelow256Fold) {
-    EXPECT_TRUE(Matches(u"ReadMe", u"README"));
-    EXPECT_FALSE(Matches(u"\u0430", u"\u0410"));
-    EXPECT_TRUE(Matches(u"\u0430?", u"\u0430b"));
-}
-
-TEST(NameMatch, NullTextsMatchNothing) {
-    EXPECT_EQ(CmpNameExW(nullptr, u"a"), 0);
-    EXPECT_EQ(CmpNameExW(u"*", nullptr), 0);
-    EXPECT_EQ(CmpPatternAndName(nullptr, u"a"), 0);
-}
-
-TEST(PatternList, AnySegmentMayMatch) {
-    EXPECT_EQ(CmpPatternAndName(u"*.jpg;*.png", u"x.png"), 1);
-    EXPECT_EQ(CmpPatternAndName(u"*.jpg;*.png", u"x.jpg"), 1);
-    EXPECT_EQ(CmpPatternAndName(u"*.jpg;*.png", u"x.bmp"), 0);
-    EXPECT_EQ(CmpPatternAndName(u"*.gif,*.tif", u"x.tif"), 1);
-}
-
-TEST(PatternList, EmptySegmentsMatchNothing) {
-    EXPECT_EQ(CmpPatternAndName(u"*.jpg;", u"x.bmp"), 0);
-    EXPECT_EQ(CmpPatternAndName(u"*.jpg;", u""), 0);
-    EXPECT_EQ(CmpPatternAndName(u"", u""), 0);
-    EXPECT_EQ(CmpPatternAndName(u";,", u""), 0);
-    EXPECT_EQ(CmpPatternAndName(u"*.a;;*.b", u"x.b"), 1);
-}
-
-TEST(PatternList, LongSegmentsAreMatchedWhole) {
+TEST(PatternList, AnySegmentMatchesAndEmptySegmentsMatchNothing) {
+    // clang-format off
+    const MatchCase cases[] = {
+        {u"*.jpg;*.png", u"x.png", 1}, {u"*.jpg;*.png", u"x.jpg", 1}, {u"*.jpg;*.png", u"x.bmp", 0},
+        {u"*.gif,*.tif", u"x.tif", 1}, {u"*.jpg;", u"x.bmp", 0},      {u"*.jpg;", u"", 0},
+        {u"", u"", 0},                 {u";,", u"", 0},               {u"*.a;;*.b", u"x.b", 1},
+        {nullptr, u"a", 0}};
+    // clang-format on
+    ExpectAll(CmpPatternAndName, cases);
     const std::u16string stem(300, u'a');
     const std::u16string list = u"*" + stem + u".x;*.y";
     EXPECT_EQ(CmpPatternAndName(list.c_str(), (u"b" + stem + u".x").c_str()), 1);

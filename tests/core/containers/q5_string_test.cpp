@@ -17,7 +17,7 @@ q5_STRING Str(const char16_t* text) {
     return q5_STRING(text);
 }
 
-TEST(StringEmpty, SettingEmptyTextReleasesTheBuffer) {
+TEST(StringBuild, EmptyTextReleasesTheBuffer) {
     q5_STRING s(u"abc");
     ASSERT_NE(s.GetBuffer(), nullptr);
     EXPECT_TRUE(s.Set(u""));
@@ -31,34 +31,25 @@ TEST(StringEmpty, SettingEmptyTextReleasesTheBuffer) {
     s.Set(u"x");
     EXPECT_TRUE(s.Set(q5_STRING()));
     EXPECT_EQ(s.GetBuffer(), nullptr);
+    EXPECT_FALSE(s.Add(u'\0')); // the zero character cannot be added
+    EXPECT_EQ(s.GetBuffer(), nullptr);
 }
 
 TEST(StringBuild, AddAppendsEveryKindOfText) {
     q5_STRING s;
+    EXPECT_TRUE(s.Add("xy"));
     EXPECT_TRUE(s.Add(u'a'));
     EXPECT_TRUE(s.Add(u"bc"));
-    EXPECT_TRUE(s.Add("de"));
     EXPECT_TRUE(s.Add(Str(u"f")));
     EXPECT_TRUE(s.Add(q5_STRING()));
     EXPECT_TRUE(s.Add(static_cast<const q5_WCHAR*>(nullptr)));
     EXPECT_TRUE(s.Add(""));
-    EXPECT_EQ(Text(s), u"abcdef");
-    EXPECT_EQ(s.Length(), 6u);
-    q5_STRING fromNarrow;
-    EXPECT_TRUE(fromNarrow.Add("xy"));
-    EXPECT_EQ(Text(fromNarrow), u"xy");
-}
-
-TEST(StringBuild, AddingTheZeroCharacterFails) {
-    q5_STRING s(u"ab");
     EXPECT_FALSE(s.Add(u'\0'));
-    EXPECT_EQ(Text(s), u"ab");
-    q5_STRING empty;
-    EXPECT_FALSE(empty.Add(u'\0'));
-    EXPECT_EQ(empty.GetBuffer(), nullptr);
+    EXPECT_EQ(Text(s), u"xyabcf");
+    EXPECT_EQ(s.Length(), 6u);
 }
 
-TEST(StringBuild, TextFromItsOwnBufferIsSafe) {
+TEST(StringBuild, TextFromItsOwnBufferIsSafeAndCopiesOwnTheirText) {
     q5_STRING s(u"abcdef");
     s.Add(s);
     EXPECT_EQ(Text(s), u"abcdefabcdef");
@@ -66,51 +57,34 @@ TEST(StringBuild, TextFromItsOwnBufferIsSafe) {
     EXPECT_EQ(Text(s), u"abcdefabcdefdef");
     s.Set(s.GetBuffer() + 12);
     EXPECT_EQ(Text(s), u"def");
+
+    q5_STRING copy(s), assigned;
+    assigned = s;
+    s.Set(u"two");
+    EXPECT_EQ(Text(copy), u"def");
+    EXPECT_EQ(Text(assigned), u"def");
+    const q5_STRING& same = assigned;
+    assigned = same;
+    EXPECT_EQ(Text(assigned), u"def");
+    copy.Done();
+    EXPECT_EQ(copy.GetBuffer(), nullptr);
+    EXPECT_EQ(copy.Length(), 0u);
 }
 
-TEST(StringBuild, CopiesOwnTheirText) {
-    q5_STRING a(u"one");
-    q5_STRING b(a);
-    q5_STRING c;
-    c = a;
-    a.Set(u"two");
-    EXPECT_EQ(Text(b), u"one");
-    EXPECT_EQ(Text(c), u"one");
-    const q5_STRING& same = c;
-    c = same;
-    EXPECT_EQ(Text(c), u"one");
-    c = q5_STRING();
-    EXPECT_EQ(c.GetBuffer(), nullptr);
-    b.Done();
-    EXPECT_EQ(b.GetBuffer(), nullptr);
-    EXPECT_EQ(b.Length(), 0u);
-}
-
+// The narrow form goes through the sized conversion: with a negative size the capacity is one
+// less and the last element is kept.
 TEST(StringGet, NarrowFollowsTheSizedConversionRules) {
     const q5_STRING s(u"abc");
     char out[8];
-    std::memset(out, 'Z', sizeof out);
-    EXPECT_EQ(s.Get(out, 8), 4);
-    EXPECT_STREQ(out, "abc");
-    std::memset(out, 'Z', sizeof out);
-    EXPECT_EQ(s.Get(out, 3), 0) << "abc and its terminator need 4";
-    EXPECT_EQ(out[2], 0);
     std::memset(out, 'Z', sizeof out);
     EXPECT_EQ(s.Get(out, -4), 0) << "capacity 3, last element untouched";
     EXPECT_EQ(out[3], 'Z');
     EXPECT_EQ(s.Get(out, -5), 4);
     EXPECT_STREQ(out, "abc");
-}
-
-TEST(StringGet, EmptyWritesOnlyATerminator) {
-    char out[4] = {'Z', 'Z', 'Z', 'Z'};
-    EXPECT_EQ(q5_STRING().Get(out, -4), 0);
+    std::memset(out, 'Z', sizeof out);
+    EXPECT_EQ(q5_STRING().Get(out, -4), 0); // empty: only a terminator
     EXPECT_EQ(out[0], 0);
     EXPECT_EQ(out[1], 'Z');
-    q5_WCHAR wide[3] = {u'Z', u'Z', u'Z'};
-    EXPECT_EQ(q5_STRING().Get(wide, 3), 0);
-    EXPECT_EQ(wide[0], 0);
-    EXPECT_EQ(wide[1], u'Z');
 }
 
 TEST(StringGet, WideCopiesWhatFitsBeforeTheTerminator) {
@@ -126,19 +100,15 @@ TEST(StringGet, WideCopiesWhatFitsBeforeTheTerminator) {
     EXPECT_EQ(s.Get(out, 0), 0);
     EXPECT_EQ(s.Get(out, -3), 0);
     EXPECT_EQ(out[0], u'Z');
+    EXPECT_EQ(q5_STRING().Get(out, 3), 0);
+    EXPECT_EQ(out[0], 0);
+    EXPECT_EQ(out[1], u'Z');
 }
 
-TEST(StringNumber, IsNumericAcceptsOnlyDigits) {
-    EXPECT_TRUE(Str(u"123").IsNumeric());
-    EXPECT_TRUE(Str(u"007").IsNumeric());
-    EXPECT_FALSE(Str(u"-1").IsNumeric());
-    EXPECT_FALSE(Str(u"1.5").IsNumeric());
-    EXPECT_FALSE(Str(u" 1").IsNumeric());
-    EXPECT_FALSE(Str(u"12a").IsNumeric());
-    EXPECT_FALSE(q5_STRING().IsNumeric());
-}
-
-TEST(StringNumber, TrailingTextIsIgnoredAndOnlyEmptyIsAnError) {
+TEST(StringNumber, OnlyDigitsAreNumericAndOnlyEmptyIsAnError) {
+    for (const char16_t* digits : {u"123", u"007"}) EXPECT_TRUE(Str(digits).IsNumeric());
+    for (const char16_t* other : {u"-1", u"1.5", u" 1", u"12a", u""})
+        EXPECT_FALSE(Str(other).IsNumeric()) << std::u16string(other).size() << " units";
     bool error = true;
     EXPECT_EQ(Str(u"12abc").ToInt(&error), 12);
     EXPECT_FALSE(error);
@@ -153,32 +123,26 @@ TEST(StringNumber, TrailingTextIsIgnoredAndOnlyEmptyIsAnError) {
     EXPECT_TRUE(error);
 }
 
+// Between two texts the sign is (other - this), unsigned; an empty string sorts first; a null
+// text never counts as equal.
 TEST(StringCompare, BetweenTextsTheSignIsReversed) {
-    EXPECT_EQ(Str(u"abc").Compare(Str(u"abd")), 1);
-    EXPECT_EQ(Str(u"abd").Compare(Str(u"abc")), -1);
-    EXPECT_EQ(Str(u"abc").Compare(Str(u"abc")), 0);
-    EXPECT_EQ(Str(u"ab").Compare(Str(u"abc")), 1);
+    const q5_WCHAR* const null = nullptr;
+    const struct {
+        const char16_t* self;
+        const char16_t* other;
+        int expected;
+    } cases[] = {{u"abc", u"abd", 1}, {u"abd", u"abc", -1},  {u"abc", u"abc", 0},
+                 {u"ab", u"abc", 1},  {u"\xFFFF", u"a", -1}, {u"a", u"\x8000", 1},
+                 {u"", u"", 0},       {u"", u"a", -1},       {u"b", u"", 1},
+                 {u"b", u"a", -1}};
+    for (const auto& c : cases)
+        EXPECT_EQ(Str(c.self).Compare(Str(c.other)), c.expected) << &c - cases;
     EXPECT_EQ(Str(u"abc").Compare(u"abd"), 1);
     EXPECT_EQ(Str(u"abc").Compare(u"abc"), 0);
-}
-
-TEST(StringCompare, UnitsCompareAsUnsigned) {
-    EXPECT_EQ(Str(u"\xFFFF").Compare(Str(u"a")), -1);
     EXPECT_EQ(Str(u"a").Compare(u"\x8000"), 1);
-}
-
-TEST(StringCompare, EmptyStringsSortFirst) {
-    const q5_STRING empty;
-    EXPECT_EQ(empty.Compare(q5_STRING()), 0);
-    EXPECT_EQ(empty.Compare(Str(u"a")), -1);
-    EXPECT_EQ(Str(u"b").Compare(empty), 1);
-    EXPECT_EQ(Str(u"b").Compare(Str(u"a")), -1);
-}
-
-TEST(StringCompare, NullTextNeverCountsAsEqual) {
-    EXPECT_EQ(q5_STRING().Compare(static_cast<const q5_WCHAR*>(nullptr)), -1);
+    EXPECT_EQ(q5_STRING().Compare(null), -1);
     EXPECT_EQ(q5_STRING().Compare(u""), -1);
-    EXPECT_EQ(Str(u"a").Compare(static_cast<const q5_WCHAR*>(nullptr)), 1);
+    EXPECT_EQ(Str(u"a").Compare(null), 1);
     EXPECT_EQ(Str(u"a").Compare(u""), -1) << "a non-null text takes the reversed comparison";
 }
 

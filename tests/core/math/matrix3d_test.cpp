@@ -20,7 +20,7 @@ MATRIX3D Translation(float x, float y, float z) {
 
 } // namespace
 
-TEST(MatrixCompare, IdentityAndEqualityTolerances) {
+TEST(MatrixBasics, ConstructionAndTolerances) {
     MATRIX3D m;
     m.m[2][1] = 1e-21;
     EXPECT_TRUE(m.IsIdentity(0));
@@ -39,9 +39,7 @@ TEST(MatrixCompare, IdentityAndEqualityTolerances) {
     a.m[0][0] = std::numeric_limits<double>::quiet_NaN();
     EXPECT_FALSE(a.Equal(a, 0));
     EXPECT_FALSE(a.IsIdentity(1e9));
-}
-
-TEST(MatrixConstruct, FromSixteenOrTwelveValues) {
+    // Built from sixteen or twelve values; any other count gives the identity.
     float v[16];
     for (int i = 0; i < 16; ++i) v[i] = static_cast<float>(i + 1);
     EXPECT_TRUE(MATRIX3D(v, 16).Equal(Numbered(), 0));
@@ -84,20 +82,18 @@ TEST(MatrixAliasing, ResultMayBeEitherArgument) {
     }
 }
 
-TEST(MatrixInvert, KnownInverses) {
+// A singular matrix inverts to the identity: det = 2^-45 between terms of size 1 is lost in
+// their rounding, 2^-30 is not. The fourth column is ignored and comes out (0, 0, 0, 1).
+TEST(MatrixInvert, KnownAndSingularInverses) {
     MATRIX3D m = Translation(1, -2, 3);
-    m.m[0][3] = 0.5; // the fourth column is ignored and comes out (0, 0, 0, 1)
+    m.m[0][3] = 0.5;
     m.Invert();
     EXPECT_TRUE(m.Equal(Translation(-1, 2, -3), 0));
     m.Invert(Scaled(2, 2, 2));
     EXPECT_TRUE(m.Equal(Scaled(0.5f, 0.5f, 0.5f), 0));
-}
-
-TEST(MatrixInvert, SingularGivesIdentity) {
-    MATRIX3D m = Scaled(1, 0, 1);
+    m = Scaled(1, 0, 1);
     m.Invert();
     EXPECT_TRUE(m.IsIdentity(0));
-    // det = 2^-45 between terms of size 1 is lost in their rounding; 2^-30 is not.
     MATRIX3D c =
         RowsMatrix({{1, 1, 0, 0}, {1, 1 + std::ldexp(1.0, -45), 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}});
     m.Invert(c);
@@ -172,25 +168,22 @@ TEST(MatrixFlip, ExchangesYAndZOfTheAffinePart) {
     EXPECT_TRUE(m.Equal(Numbered(), 0));
 }
 
-TEST(MatrixTransform, AffineOnlyNoPerspectiveDivision) {
+// Only the affine part applies. x*1e8 + y*0.5 - z*1e8 is 0.5 in double but 0 when summed in
+// float: float points sum in double except in matrix3d.
+TEST(MatrixTransform, AffineOnlyAndSummedInDouble) {
     MATRIX3D m = Translation(1, 1, 1);
     m.m[2][3] = 1;
     m.m[3][3] = 2;
     EXPECT_POINT_NEAR(m.PointTransform(POINT3D(1, 0, 0)), 2, 1, 1, 0);
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 2, 1, 1, 0);
     EXPECT_POINT_NEAR(m.VectorTransform(_point3d(0, 0, 2)), 0, 0, 2, 0);
-}
-
-// x*1e8 + y*0.5 - z*1e8 is 0.5 in double but 0 when summed in float.
-TEST(MatrixTransform, FloatPointsSumInDoubleExceptInMatrix3d) {
-    MATRIX3D m;
-    m.m[0][0] = 1e8;
-    m.m[1][0] = 0.5;
-    m.m[2][0] = -1e8;
-    const POINT3D p(1, 1, 1);
-    EXPECT_EQ(m.PointTransform(p).x, 0.5f);
+    MATRIX3D big;
+    big.m[0][0] = 1e8;
+    big.m[1][0] = 0.5;
+    big.m[2][0] = -1e8;
+    EXPECT_EQ(big.PointTransform(POINT3D(1, 1, 1)).x, 0.5f);
     POINT3D out;
-    matrix3d(m).p_Transform(p, out);
+    matrix3d(big).p_Transform(POINT3D(1, 1, 1), out);
     EXPECT_EQ(out.x, 0.0f);
 }
 

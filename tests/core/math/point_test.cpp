@@ -16,7 +16,8 @@ TEST(PointNormalize, UnitLengthAndZeroBecomesPlusZ) {
     EXPECT_POINT_NEAR(zd, 0, 0, 1, 0);
 }
 
-TEST(PointRound, HalvesAwayFromZeroAndNoStepIsNoOp) {
+// Rounding halves away from zero, and no step is no operation.
+TEST(PointComponents, RoundLimitAbsAndSwap) {
     POINT3D p(1.25f, -1.25f, 0.2f);
     p.Round(0);
     p.Round(-1);
@@ -26,25 +27,20 @@ TEST(PointRound, HalvesAwayFromZeroAndNoStepIsNoOp) {
     _point3d d(2.5, -2.5, 0.74);
     d.Round(1);
     EXPECT_POINT_NEAR(d, 3, -3, 1, 0);
-}
-
-TEST(PointLimit, TestsMinimumFirstAndKeepsNan) {
-    POINT3D p(-2, 0.5f, 3);
-    p.Limit(0, 1);
-    EXPECT_POINT_NEAR(p, 0, 0.5, 1, 0);
+    // Limit tests the minimum first and keeps NaN.
+    POINT3D limited(-2, 0.5f, 3);
+    limited.Limit(0, 1);
+    EXPECT_POINT_NEAR(limited, 0, 0.5, 1, 0);
     _point3d inverted(-2, 0.5, 3);
     inverted.Limit(1, 0);
     EXPECT_POINT_NEAR(inverted, 1, 1, 0, 0);
     POINT3D n(std::numeric_limits<float>::quiet_NaN(), 0, 0);
     n.Limit(-1, 1);
     EXPECT_TRUE(std::isnan(n.x));
-}
-
-TEST(PointAbsAndSwap, ComponentRules) {
-    POINT3D p(-1, -0.0f, 2);
-    p.ABS();
-    EXPECT_POINT_NEAR(p, 1, 0, 2, 0);
-    EXPECT_TRUE(std::signbit(p.y)); // -0 is not below 0
+    POINT3D a(-1, -0.0f, 2);
+    a.ABS();
+    EXPECT_POINT_NEAR(a, 1, 0, 2, 0);
+    EXPECT_TRUE(std::signbit(a.y)); // -0 is not below 0
 
     const float expected[7][3] = {{1, 2, 3}, {1, 3, 2}, {2, 1, 3}, {2, 3, 1},
                                   {3, 1, 2}, {3, 2, 1}, {1, 2, 3}};

@@ -58,7 +58,7 @@ TEST(RotationBuilders, TurnByTheRightHandRuleInOrder) {
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 0, 0)), 0, 1, 0, kDoubleTol);
 }
 
-TEST(RotationAxisAngle, AnyAxisAnyLength) {
+TEST(RotationAxisAngle, AnyAxisAnyLengthAnyPoint) {
     MATRIX3D m;
     m.SetRotate(_point3d(0, 0, 0), 0.7);
     EXPECT_TRUE(MatrixNear(m, AxisTurn(2, 0.7), kDoubleTol));
@@ -70,10 +70,7 @@ TEST(RotationAxisAngle, AnyAxisAnyLength) {
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 1, 0)), 0, 0, -1, kDoubleTol);
     m.SetRotate(_point3d(0, -3, 0), kPi / 2);
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 0, 0, 1, kDoubleTol);
-}
-
-TEST(RotationAxisAngle, AboutAPointKeepsThatPoint) {
-    MATRIX3D m;
+    // A turn about a point keeps that point.
     m.SetRotate(ANGLEAXISex(POINT3D(1, 0, 0), POINT3D(0, 0, 1), static_cast<float>(kPi)));
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 1, 0, 0, kFloatTol);
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 0, 0)), 2, 0, 0, kFloatTol);
@@ -100,6 +97,12 @@ TEST(QuatConversions, KnownValues) {
     QUAT f(AxisTurn(2, 0.8)); // y-z exchange: a z turn becomes the opposite y turn
     f.Flip();
     EXPECT_TRUE(QuatNear(f, 0, std::sin(0.4), 0, std::cos(0.4)));
+    // A zero quaternion gives the identity and angle 0; a NaN axis gives a NaN matrix.
+    EXPECT_TRUE(FromQuat(QUAT(0, 0, 0, 0)).IsIdentity(0));
+    EXPECT_EQ(ANGLEAXIS(QUAT(0, 0, 0, 0)).angle, 0);
+    MATRIX3D m;
+    m.SetRotate(_point3d(std::numeric_limits<float>::quiet_NaN(), 0, 0), 1.0);
+    EXPECT_TRUE(std::isnan(m.m[0][0]));
 }
 
 // Matrix, quaternion and Euler triple describe the same turn; the axis-angle pair read from a
@@ -130,7 +133,7 @@ TEST(RotationForms, RoundTripThroughEachOther) {
     }
 }
 
-TEST(QuatArithmetic, ProductInverseAndNormalize) {
+TEST(QuatArithmetic, ProductInverseNormalizeAndDivision) {
     EXPECT_TRUE(QuatNear(QUAT(1, 0, 0, 0) * QUAT(0, 1, 0, 0), 0, 0, 1, 0));
     EXPECT_TRUE(QuatNear(QUAT(0, 1, 0, 0) * QUAT(1, 0, 0, 0), 0, 0, -1, 0));
     QUAT q(1, 0, 0, 1);
@@ -143,11 +146,8 @@ TEST(QuatArithmetic, ProductInverseAndNormalize) {
     zero.Invert();
     zero.Normalize();
     EXPECT_TRUE(QuatNear(zero, 0, 0, 0, 0));
-}
-
-// The divisor is the conjugate squared: its w is negative when the vector part outweighs the
-// scalar, and zero for a quarter turn.
-TEST(QuatArithmetic, DivisionSignFollowsTheConjugateSquared) {
+    // The divisor is the conjugate squared: its w is negative when the vector part outweighs
+    // the scalar, and zero for a quarter turn.
     const QUAT a(0, 0.6f, 0, 0.8f), b(0.8f, 0, 0, 0.6f);
     EXPECT_TRUE(QuatNear(a / a, 0, 0, 0, 1));
     EXPECT_TRUE(QuatNear(b / b, 0, 0, 0, -1));
@@ -196,6 +196,8 @@ TEST(EulerAngles, KnownTriplesAndUnknownOrders) {
     const POINT3D e = m.GetEulerAngles(0);
     EXPECT_EQ(e.z, 0);
     EXPECT_TRUE(MatrixNear(FromEuler(0, e), m, kFloatTol));
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(QUAT(nan, 0, 0, 1).GetEulerAngles(0).x));
 }
 
 TEST(EulerAngles, EveryOrderRebuildsTheMatrix) {
@@ -210,14 +212,4 @@ TEST(EulerAngles, EveryOrderRebuildsTheMatrix) {
             }
         }
     }
-}
-
-TEST(RotationDegenerate, ZeroAndNanInputs) {
-    EXPECT_TRUE(FromQuat(QUAT(0, 0, 0, 0)).IsIdentity(0));
-    EXPECT_EQ(ANGLEAXIS(QUAT(0, 0, 0, 0)).angle, 0);
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    MATRIX3D m;
-    m.SetRotate(_point3d(nan, 0, 0), 1.0);
-    EXPECT_TRUE(std::isnan(m.m[0][0]));
-    EXPECT_TRUE(std::isnan(QUAT(nan, 0, 0, 1).GetEulerAngles(0).x));
 }

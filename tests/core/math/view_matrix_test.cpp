@@ -7,6 +7,16 @@ _point3d Row(const MATRIX3D& m, int i) {
     return _point3d(m.m[i][0], m.m[i][1], m.m[i][2]);
 }
 
+// The first `n` rows of the 3x3 part against `rows`.
+::testing::AssertionResult RowsNear(const MATRIX3D& m, const double (&rows)[3][3], double tol,
+                                    int n = 3) {
+    for (int i = 0; i < n; ++i) {
+        const auto r = PointNear(Row(m, i), rows[i][0], rows[i][1], rows[i][2], tol);
+        if (!r) return ::testing::AssertionFailure() << "row " << i << ": " << r.message();
+    }
+    return ::testing::AssertionSuccess();
+}
+
 double Dot(const _point3d& a, const POINT3D& b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
@@ -24,18 +34,15 @@ TEST(AngleByXY, QuadrantsAndAxes) {
     EXPECT_NEAR(GetAngleByXY(2, -2), -kPi / 4, kDoubleTol);
 }
 
-TEST(FromUpDir, CoincidentPointsLookDownMinusZ) {
+TEST(FromUpDir, CoincidentPointsLookDownMinusZAndUpAtFromMakesNoRoll) {
     POINT3D from(1, 2, 3), to(1, 2, 3), up(1, 2, 3);
     MATRIX3D out, unused;
     unused._FromUpDir(out, from, to, up);
-    EXPECT_POINT_NEAR(Row(out, 0), -1, 0, 0, kFloatTol);
-    EXPECT_POINT_NEAR(Row(out, 1), 0, 1, 0, kFloatTol);
-    EXPECT_POINT_NEAR(Row(out, 2), 0, 0, -1, kFloatTol);
-}
-
-TEST(FromUpDir, RollPassOnlyWhenUpDiffersFromFrom) {
-    POINT3D from(0, 0, 0), to(0, 0, 5), side(1, 0, 0);
-    MATRIX3D out;
+    EXPECT_TRUE(RowsNear(out, {{-1, 0, 0}, {0, 1, 0}, {0, 0, -1}}, kFloatTol));
+    // The roll pass runs only when up differs from from.
+    from = POINT3D(0, 0, 0);
+    to = POINT3D(0, 0, 5);
+    POINT3D side(1, 0, 0);
     out._FromUpDir(out, from, to, from);
     EXPECT_TRUE(out.IsIdentity(0));
     out._FromUpDir(out, from, to, side);
@@ -72,17 +79,12 @@ TEST(Set3DSCamera, FrameRowsRollAndTheDegenerateZDirection) {
     POINT3D x(2, 0, 0), z(0, 0, 1);
     MATRIX3D m;
     m.Set3DSCamera(x, 0);
-    EXPECT_POINT_NEAR(Row(m, 0), 0, 1, 0, kFloatTol);
-    EXPECT_POINT_NEAR(Row(m, 1), 0, 0, 1, kFloatTol);
-    EXPECT_POINT_NEAR(Row(m, 2), 1, 0, 0, kFloatTol);
+    EXPECT_TRUE(RowsNear(m, {{0, 1, 0}, {0, 0, 1}, {1, 0, 0}}, kFloatTol));
     EXPECT_POINT_NEAR(x, 2, 0, 0, 0);
     m.Set3DSCamera(x, static_cast<float>(kPi / 2)); // roll about the viewing axis comes first
-    EXPECT_POINT_NEAR(Row(m, 0), 0, 0, 1, kFloatTol);
-    EXPECT_POINT_NEAR(Row(m, 1), 0, -1, 0, kFloatTol);
+    EXPECT_TRUE(RowsNear(m, {{0, 0, 1}, {0, -1, 0}, {}}, kFloatTol, 2));
     m.Set3DSCamera(z, 0);
-    EXPECT_POINT_NEAR(Row(m, 0), 0, 0, 1, 0);
-    EXPECT_POINT_NEAR(Row(m, 1), 0, 0, -1, 0);
-    EXPECT_POINT_NEAR(Row(m, 2), 0, 0, 1, 0);
+    EXPECT_TRUE(RowsNear(m, {{0, 0, 1}, {0, 0, -1}, {0, 0, 1}}, 0));
 }
 
 TEST(SetAlignVectors, ParallelOppositeAndQuarterTurn) {

@@ -58,23 +58,19 @@ protected:
     q5_HINSTANCE module_ = nullptr;
 };
 
-TEST_F(PluginModule, ExportsTheEntryPoint) {
+TEST_F(PluginModule, LoadsOnceFindsItsEntryPointAndIsKnownByItsFileName) {
     EXPECT_NE(q5plat::GetProcAddress(module_, "Q5DLLFunc"), nullptr);
     EXPECT_EQ(q5plat::GetProcAddress(module_, "Q5DLLFuncMissing"), nullptr);
-}
-
-TEST_F(PluginModule, WideAndContextLoadsGiveTheSameModule) {
-    q5_HINSTANCE wide = q5plat::LoadLibraryW(kModulePathW, 0);
-    EXPECT_EQ(wide, module_);
-    if (wide != nullptr) q5plat::FreeLibrary(wide);
-    q5_HINSTANCE inContext = q5plat::LoadLibraryWithModuleContext(kModulePath, module_);
-    EXPECT_EQ(inContext, module_);
-    if (inContext != nullptr) q5plat::FreeLibrary(inContext);
-}
-
-TEST_F(PluginModule, IsFoundLoadedByItsFileName) {
+    // Wide and in-context loads give the same module.
+    for (q5_HINSTANCE again : {q5plat::LoadLibraryW(kModulePathW, 0),
+                               q5plat::LoadLibraryWithModuleContext(kModulePath, module_)}) {
+        EXPECT_EQ(again, module_);
+        if (again != nullptr) q5plat::FreeLibrary(again);
+    }
     EXPECT_TRUE(q5plat::IsLibraryLoaded(kModuleFile));
     EXPECT_FALSE(q5plat::IsLibraryLoaded("tessera_no_such_module.dll"));
+    EXPECT_EQ(q5plat::LoadLibraryA("tessera_no_such_module.dll", 0), nullptr);
+    EXPECT_EQ(q5plat::LoadLibraryW(u"tessera_no_such_module.dll", 0), nullptr);
 }
 
 // The module's own copy of OwnModule, reached through its export, names the module; the
@@ -89,13 +85,10 @@ TEST_F(PluginModule, OwnModuleIsTheModuleHoldingTheCode) {
     EXPECT_NE(q5plat::OwnModule(), module_);
 }
 
-TEST_F(PluginModule, CarriesTheEnglishStringTable) {
+TEST_F(PluginModule, CarriesTheEnglishStringTableAndNoOtherText) {
     EXPECT_EQ(Bytes(q5plat::FindResource(module_, "LNG", "ENG")), kEnglishTable);
     EXPECT_EQ(q5plat::FindResource(module_, "LNG", "ENG").size, sizeof kEnglishTable - 1);
     EXPECT_EQ(Bytes(q5plat::FindResource(module_, "lng", "eng")), kEnglishTable);
-}
-
-TEST_F(PluginModule, UnknownResourcesAreEmpty) {
     const q5plat::ResourceView views[] = {
         q5plat::FindResource(module_, "LNG", "FRA"), q5plat::FindResource(module_, "TXT", "ENG"),
         q5plat::FindResource(module_, "LN", "ENG"),
@@ -105,11 +98,6 @@ TEST_F(PluginModule, UnknownResourcesAreEmpty) {
         EXPECT_FALSE(view);
         EXPECT_EQ(view.size, 0u);
     }
-}
-
-TEST(Module, MissingLibraryDoesNotLoad) {
-    EXPECT_EQ(q5plat::LoadLibraryA("tessera_no_such_module.dll", 0), nullptr);
-    EXPECT_EQ(q5plat::LoadLibraryW(u"tessera_no_such_module.dll", 0), nullptr);
 }
 
 #if defined(_WIN32)

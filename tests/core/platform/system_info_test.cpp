@@ -5,21 +5,13 @@
 
 #include <cstring>
 
-namespace {
-
-TEST(SystemInfo, ReportsAtLeastOneProcessor) {
+TEST(SystemInfo, ProcessorsScreenDepthAndSystemFolder) {
     EXPECT_GE(q5plat::ProcessorCount(), 1);
-}
-
 #if defined(_WIN32)
-TEST(SystemInfo, ScreenDepthIsADeviceDepth) {
     const int bits = q5plat::ScreenBitsPerPixel();
     EXPECT_TRUE(bits == 1 || bits == 4 || bits == 8 || bits == 15 || bits == 16 || bits == 24 ||
                 bits == 32)
         << bits;
-}
-
-TEST(SystemInfo, SystemDirectoryLengthMatchesItsText) {
     char dir[260] = {};
     const unsigned length = q5plat::SystemDirectoryA(dir, sizeof dir);
     ASSERT_GT(length, 0u);
@@ -27,16 +19,12 @@ TEST(SystemInfo, SystemDirectoryLengthMatchesItsText) {
     // Too small a buffer: the answer is the size needed, terminating zero included.
     char tiny[2] = {};
     EXPECT_EQ(q5plat::SystemDirectoryA(tiny, sizeof tiny), length + 1);
-}
 #else
-// The driver draws into the host's 32-bit surfaces, and there is no system folder to load
-// platform libraries from.
-TEST(SystemInfo, PosixScreenIs32BitsAndHasNoSystemFolder) {
+    // The driver draws into the host's 32-bit surfaces, and there is no system folder to load
+    // platform libraries from.
     EXPECT_EQ(q5plat::ScreenBitsPerPixel(), 32);
     char dir[8] = "x";
     EXPECT_EQ(q5plat::SystemDirectoryA(dir, sizeof dir), 0u);
     EXPECT_EQ(dir[0], '\0');
-}
 #endif
-
-} // namespace
+}

@@ -7,43 +7,28 @@
 
 #include "support/recording_host.h"
 
-TEST(CoreAssert, NullTextReadsNoComment) {
+TEST(CoreError, AssertionsAndNarrowAndWideReportsKeepTheirOwnChannel) {
     RecordingHost host;
     ScopedHostAPI current(&host);
     CoreAssert(nullptr);
-    ASSERT_EQ(host.narrowReports.size(), 1u);
-    EXPECT_EQ(host.narrowReports[0].level, 1);
-    EXPECT_EQ(host.narrowReports[0].text, "Assertion failed no comment");
-}
-
-TEST(CoreAssert, TextFollowsThePrefix) {
-    RecordingHost host;
-    ScopedHostAPI current(&host);
     CoreAssert("write <= read");
-    ASSERT_EQ(host.narrowReports.size(), 1u);
-    EXPECT_EQ(host.narrowReports[0].text, "Assertion failed write <= read");
-}
-
-TEST(CoreError, NarrowAndWideReportsKeepTheirOwnChannel) {
-    RecordingHost host;
-    ScopedHostAPI current(&host);
     CoreErrorA("To many items[%d] in collection", 70000);
     CoreErrorW(u"%hs: %s (%d)", "scene.bin", u"damaged chunk", 3);
-    ASSERT_EQ(host.narrowReports.size(), 1u);
-    EXPECT_EQ(host.narrowReports[0].level, 1);
-    EXPECT_EQ(host.narrowReports[0].text, "To many items[70000] in collection");
+    ASSERT_EQ(host.narrowReports.size(), 3u);
+    EXPECT_EQ(host.narrowReports[0].text, "Assertion failed no comment");
+    EXPECT_EQ(host.narrowReports[1].text, "Assertion failed write <= read");
+    EXPECT_EQ(host.narrowReports[2].text, "To many items[70000] in collection");
     ASSERT_EQ(host.wideReports.size(), 1u);
-    EXPECT_EQ(host.wideReports[0].level, 1);
     EXPECT_EQ(host.wideReports[0].text, u"scene.bin: damaged chunk (3)");
+    for (const auto& report : host.narrowReports) EXPECT_EQ(report.level, 1);
+    EXPECT_EQ(host.wideReports[0].level, 1);
 }
 
 TEST(CoreError, MessagesStopAt511Characters) {
     RecordingHost host;
     ScopedHostAPI current(&host);
-    const std::u16string wide(600, u'w');
-    CoreErrorW(u"%s", wide.c_str());
-    const std::string narrow(600, 'n');
-    CoreErrorA("%s", narrow.c_str());
+    CoreErrorW(u"%s", std::u16string(600, u'w').c_str());
+    CoreErrorA("%s", std::string(600, 'n').c_str());
     ASSERT_EQ(host.wideReports.size(), 1u);
     EXPECT_EQ(host.wideReports[0].text, std::u16string(511, u'w'));
     ASSERT_EQ(host.narrowReports.size(), 1u);

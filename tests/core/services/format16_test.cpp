@@ -25,24 +25,21 @@ template <typename... Args> std::u16string Format(const q5_WCHAR* format, Args..
 
 } // namespace
 
-TEST(Format16Integers, FlagsAndWidth) {
+TEST(Format16Integers, FlagsWidthPrecisionAndAlternateForms) {
     EXPECT_EQ(Format(u"%d|%5d|%-5d|%05d|%+d|% d", 42, 42, 42, -42, 42, 42),
               u"42|   42|42   |-0042|+42| 42");
-}
-
-TEST(Format16Integers, PrecisionAndAlternateForms) {
     EXPECT_EQ(Format(u"%.3d|%.0d|%#o|%#x|%#X|%#x|%o", 7, 0, 8, 255, 255, 0, 8),
               u"007||010|0xff|0XFF|0|10");
-    // A precision turns zero padding off.
-    EXPECT_EQ(Format(u"%06.3d", -5), u"  -005");
-}
-
-TEST(Format16Integers, ExtremeValues) {
-    EXPECT_EQ(Format(u"%d %u %x", INT_MIN, UINT_MAX, -1), u"-2147483648 4294967295 ffffffff");
-    EXPECT_EQ(Format(u"%lld", LLONG_MIN), u"-9223372036854775808");
+    EXPECT_EQ(Format(u"%06.3d", -5), u"  -005"); // a precision turns zero padding off
+    EXPECT_EQ(Format(u"%*d|%-*d|%.*d|%*d", 4, 7, 4, 7, 3, 7, -4, 7), u"   7|7   |007|7   ");
+    // Pointers print as upper-case hex of full width.
+    const std::u16string zeros(2 * sizeof(void*) - 4, u'0');
+    EXPECT_EQ(Format(u"%p", reinterpret_cast<void*>(std::uintptr_t{0xBEEF})), zeros + u"BEEF");
 }
 
 TEST(Format16Integers, SizeModifiersPickTheArgumentWidth) {
+    EXPECT_EQ(Format(u"%d %u %x", INT_MIN, UINT_MAX, -1), u"-2147483648 4294967295 ffffffff");
+    EXPECT_EQ(Format(u"%lld", LLONG_MIN), u"-9223372036854775808");
     EXPECT_EQ(Format(u"%hd %hhu %hx", 65535, 511, 0x12345), u"-1 255 2345");
     EXPECT_EQ(Format(u"%I64d %I64x", -(std::int64_t{1} << 40), std::uint64_t{0xFEDCBA9876543210}),
               u"-1099511627776 fedcba9876543210");
@@ -52,24 +49,15 @@ TEST(Format16Integers, SizeModifiersPickTheArgumentWidth) {
               u"10000000000 7 -9 -3 -7 4000000000");
 }
 
-TEST(Format16Integers, StarTakesWidthAndPrecisionFromArguments) {
-    EXPECT_EQ(Format(u"%*d|%-*d|%.*d|%*d", 4, 7, 4, 7, 3, 7, -4, 7), u"   7|7   |007|7   ");
-}
-
 TEST(Format16Text, PlainSIsWideAndHsIsNarrow) {
     EXPECT_EQ(Format(u"%s|%hs|%ls|%S|%ws", u"wide", "narrow", u"ls", "S", u"ws"),
               u"wide|narrow|ls|S|ws");
     EXPECT_EQ(Format(u"%c%hc%C%lc%c", u'W', 'n', 'C', u'L', u'\u20AC'), u"WnCL\u20AC");
-}
-
-TEST(Format16Text, PrecisionCutsAndWidthPads) {
     EXPECT_EQ(Format(u"[%5.2s][%-4hs][%.1hs]", u"abc", "x", "yz"), u"[   ab][x   ][y]");
-}
-
-TEST(Format16Text, NullTextPrintsNull) {
     EXPECT_EQ(
         Format(u"%s %hs", static_cast<const q5_WCHAR*>(nullptr), static_cast<const char*>(nullptr)),
         u"(null) (null)");
+    EXPECT_EQ(Format(u"\u00E9%d\U0001F600 100%%", 1), u"\u00E91\U0001F600 100%");
 }
 
 TEST(Format16Text, NarrowTextFollowsTheNarrowCodePage) {
@@ -81,42 +69,21 @@ TEST(Format16Text, NarrowTextFollowsTheNarrowCodePage) {
     EXPECT_EQ(text, u"caf\u00E9|  \u20AC");
 }
 
-TEST(Format16Text, LiteralTextPassesThrough) {
-    EXPECT_EQ(Format(u"\u00E9%d\U0001F600 100%%", 1), u"\u00E91\U0001F600 100%");
-}
-
-TEST(Format16Real, DigitsMatchTheCLibrary) {
+TEST(Format16Real, DigitsMatchTheCLibraryAndInfinityIsNeverZeroPadded) {
     EXPECT_EQ(Format(u"%f|%.2f|%e|%g|%G|%F", 1.5, 3.14159, 12345.678, 0.0001, 1e-10, 1.5),
               u"1.500000|3.14|1.234568e+04|0.0001|1E-10|1.500000");
-}
-
-TEST(Format16Real, WidthSignAndZeroPadding) {
     EXPECT_EQ(
         Format(u"[%8.3f][%-8.1f][%08.2f][%+.1e][% .0f]", 3.14159, 2.5, -3.14159, 12345.678, 2.0),
         u"[   3.142][2.5     ][-0003.14][+1.2e+04][ 2]");
-}
-
-TEST(Format16Real, InfinityIsNeverZeroPadded) {
     const double inf = std::numeric_limits<double>::infinity();
     EXPECT_EQ(Format(u"[%6f][%06f][%-5f]", inf, -inf, inf), u"[   inf][  -inf][inf  ]");
-}
-
-TEST(Format16Real, LongDoubleTakesL) {
     EXPECT_EQ(Format(u"%.3Lf", 2.5L), u"2.500");
-}
-
-TEST(Format16Pointer, UpperCaseHexOfFullWidth) {
-    const std::u16string zeros(2 * sizeof(void*) - 4, u'0');
-    EXPECT_EQ(Format(u"%p", reinterpret_cast<void*>(std::uintptr_t{0xBEEF})), zeros + u"BEEF");
 }
 
 TEST(Format16Positional, ArgumentsAreReadInPositionOrder) {
     EXPECT_EQ(Format(u"%2$s %1$s", u"world", u"hello"), u"hello world");
     // Position 1 is narrow text, 2 an int, 3 a double: each must be read with its own type.
     EXPECT_EQ(Format(u"%2$d-%1$hs-%3$.2f", "a", 7, 2.5), u"7-a-2.50");
-}
-
-TEST(Format16Positional, RepeatsAndPositionalStar) {
     EXPECT_EQ(Format(u"%1$d%1$d", 5), u"55");
     EXPECT_EQ(Format(u"[%1$*2$d][%1$-*2$d]", 7, 3), u"[  7][7  ]");
 }
@@ -136,15 +103,11 @@ TEST(Format16Invalid, MixedNumberingGapsAndPercentNFail) {
 }
 
 TEST(Format16Bounds, TruncatesAndReturnsTheFullCount) {
-    q5_WCHAR buffer[8] = {kUnused, kUnused, kUnused, kUnused, kUnused, kUnused, kUnused, kUnused};
+    q5_WCHAR buffer[9] = {kUnused, kUnused, kUnused, kUnused, kUnused, kUnused, kUnused, kUnused};
     EXPECT_EQ(q5sprintf(buffer, 5, u"abc%d", 12345), 8);
     EXPECT_EQ(std::u16string(buffer), u"abc1");
     EXPECT_EQ(buffer[5], kUnused);
-}
-
-TEST(Format16Bounds, ExactFitAndDegenerateCapacities) {
-    q5_WCHAR buffer[9];
-    EXPECT_EQ(q5sprintf(buffer, 9, u"%s", u"abcdefgh"), 8);
+    EXPECT_EQ(q5sprintf(buffer, 9, u"%s", u"abcdefgh"), 8); // an exact fit
     EXPECT_EQ(std::u16string(buffer), u"abcdefgh");
     EXPECT_EQ(q5sprintf(buffer, 1, u"%s", u"abcdefgh"), 8);
     EXPECT_EQ(buffer[0], 0);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <iterator>
 #include <string>
 
 #include "core/platform/code_page.h"
@@ -18,46 +19,37 @@ std::u16string Size(int bytes) {
     return out;
 }
 
-// A host whose size unit is " KB".
-class FormatSizeTest : public ::testing::Test {
-protected:
-    FormatSizeTest() { host_.strings[2241] = u" KB"; }
-    RecordingHost host_;
-    ScopedHostAPI current_{&host_};
-};
-
 // 2023-11-29 14:42:37.250 UTC: (1701268957 s + 11644473600 s) * 10^7 + 2500000 ticks.
 constexpr q5_FILETIME kKnownTime = {1273172512u, 31072978u};
 
 } // namespace
 
-TEST_F(FormatSizeTest, RoundsUpToWholeKilobytes) {
-    EXPECT_EQ(Size(0), u"0 KB");
-    EXPECT_EQ(Size(1), u"1 KB");
-    EXPECT_EQ(Size(1024), u"1 KB");
-    EXPECT_EQ(Size(1025), u"2 KB");
-}
-
-TEST_F(FormatSizeTest, GroupsDigitsByThrees) {
-    EXPECT_EQ(Size(123 * 1024), u"123 KB");
-    EXPECT_EQ(Size(1234 * 1024), u"1 234 KB");
-    EXPECT_EQ(Size(999 * 1024 + 1), u"1 000 KB");
-    EXPECT_EQ(Size(1234567 * 1024), u"1 234 567 KB");
-}
-
-TEST_F(FormatSizeTest, NegativeSizesRoundTowardPlusOneAndGroupTheSign) {
-    EXPECT_EQ(Size(-1), u"1 KB");
-    EXPECT_EQ(Size(-1025), u"0 KB");
-    // The sign takes a digit's place in the grouping.
-    EXPECT_EQ(Size(-123 * 1024), u"- 123 KB");
-    EXPECT_EQ(Size(-1000 * 1024), u"-1 000 KB");
-}
-
-TEST_F(FormatSizeTest, UnitComesFromTheMainStringTable) {
-    Size(5);
-    ASSERT_EQ(host_.stringRequests.size(), 1u);
-    EXPECT_EQ(host_.stringRequests[0].table, 0u);
-    EXPECT_EQ(host_.stringRequests[0].id, 2241);
+// Sizes round up to whole kilobytes (negative ones toward +1) and group their digits by threes;
+// the sign takes a digit's place in the grouping.
+TEST(FormatSize, RoundsUpAndGroupsDigitsByThrees) {
+    RecordingHost host;
+    ScopedHostAPI current(&host);
+    host.strings[2241] = u" KB";
+    const struct {
+        int bytes;
+        const char16_t* text;
+    } cases[] = {{0, u"0 KB"},
+                 {1, u"1 KB"},
+                 {1024, u"1 KB"},
+                 {1025, u"2 KB"},
+                 {123 * 1024, u"123 KB"},
+                 {1234 * 1024, u"1 234 KB"},
+                 {999 * 1024 + 1, u"1 000 KB"},
+                 {1234567 * 1024, u"1 234 567 KB"},
+                 {-1, u"1 KB"},
+                 {-1025, u"0 KB"},
+                 {-123 * 1024, u"- 123 KB"},
+                 {-1000 * 1024, u"-1 000 KB"}};
+    for (const auto& c : cases) EXPECT_EQ(Size(c.bytes), c.text) << c.bytes;
+    // The unit comes from the main string table.
+    ASSERT_EQ(host.stringRequests.size(), std::size(cases));
+    EXPECT_EQ(host.stringRequests[0].table, 0u);
+    EXPECT_EQ(host.stringRequests[0].id, 2241);
 }
 
 TEST(FormatSize, WithoutAHostTheUnitIsLeftOut) {
@@ -71,38 +63,25 @@ TEST(FormatTime, LocalDateSpaceAndTimeWithoutSeconds) {
     EXPECT_EQ(local.second, 37);
     EXPECT_EQ(local.milliseconds, 250);
 
-    q5_WCHAR date[64];
-    q5_WCHAR clock[64];
+    q5_WCHAR date[64], clock[64], out[64], wide[64];
     ASSERT_GT(q5plat::FormatShortDateW(local, date, 64), 0);
     ASSERT_GT(q5plat::FormatTimeNoSecondsW(local, clock, 64), 0);
     const std::u16string clockText(clock);
     EXPECT_EQ(clockText.find(u"37"), std::u16string::npos);
     EXPECT_NE(std::u16string(date).find(u"23"), std::u16string::npos);
-
-    q5_WCHAR out[64];
     q5FormatTime(kKnownTime, out);
     EXPECT_EQ(std::u16string(out), std::u16string(date) + u" " + clockText);
-}
-
-TEST(FormatTime, WideAndNarrowFormattersAgree) {
-    q5_WCHAR narrow[64];
-    q5FormatTime(kKnownTime, narrow);
+    // The wide formatters give the same text.
     q5SetWideSystem(true);
-    q5_WCHAR wide[64];
     q5FormatTime(kKnownTime, wide);
     q5SetWideSystem(false);
-    EXPECT_EQ(std::u16string(wide), std::u16string(narrow));
-}
+    EXPECT_EQ(std::u16string(wide), std::u16string(out));
 
 #if !defined(_WIN32)
-TEST(FormatTime, CLocaleTimeIsHoursColonMinutes) {
     // The C library's "C" locale writes %H:%M:%S, which loses its seconds here.
-    q5plat::CalendarTime local{};
-    ASSERT_TRUE(q5plat::FileTimeToLocalCalendar(kKnownTime, local));
-    char clock[16];
-    ASSERT_GT(q5plat::FormatTimeNoSecondsA(local, clock, 16), 0);
-    char expected[16];
+    char narrowClock[16], expected[16];
+    ASSERT_GT(q5plat::FormatTimeNoSecondsA(local, narrowClock, 16), 0);
     std::snprintf(expected, sizeof expected, "%02d:%02d", local.hour, local.minute);
-    EXPECT_STREQ(clock, expected);
-}
+    EXPECT_STREQ(narrowClock, expected);
 #endif
+}

@@ -65,68 +65,46 @@ protected:
     ScopedHostAPI scope_{&host_};
 };
 
+// Only digits 1 to 9 start an entry; comments and directives run to the line end; a later
+// duplicate wins.
 TEST_F(LanguageTable, EntriesUnescapeTheirTexts) {
-    const auto table = Parse("1=\"A\\nB\"\r\n2 \t= \t\"t\\tq\\\"x\\\\y\\z\"\r\n");
+    const auto table = Parse("1=\"A\\nB\"\r\n2 \t= \t\"t\\tq\\\"x\\\\y\\z\"\r\n0=\"zero\"\n"
+                             "x5=\"five\"\n10=\"ten\"\n; 3=\"no\"\n$LANG 4=\"no\"\n\n"
+                             "10=\"second\"\n");
     ASSERT_TRUE(table->IsLoaded());
     EXPECT_EQ(At(*table, 1), u"A\r\nB");
     EXPECT_EQ(At(*table, 2), u"t\tq\"x\\yz");
-    EXPECT_EQ(At(*table, 3), kDefault);
-    EXPECT_TRUE(host_.titledReports.empty());
-}
-
-TEST_F(LanguageTable, OnlyDigitsOneToNineStartAnEntry) {
-    const auto table = Parse("0=\"zero\"\nx5=\"five\"\n10=\"ten\"\n");
-    EXPECT_EQ(At(*table, 0), kDefault);
     EXPECT_EQ(At(*table, 5), u"five");
-    EXPECT_EQ(At(*table, 10), u"ten");
-    EXPECT_EQ(At(*table, 7), kDefault); // inside the range, not defined
+    EXPECT_EQ(At(*table, 10), u"second");
+    for (int id : {0, 3, 4, 7}) EXPECT_EQ(At(*table, id), kDefault) << id;
+    EXPECT_TRUE(host_.titledReports.empty());
+    EXPECT_FALSE(Parse("; 1=\"no\"\n$LANG 2=\"no\"\n\n")->IsLoaded()); // comments only
 }
 
-TEST_F(LanguageTable, CommentsAndDirectivesRunToTheLineEnd) {
-    const auto table = Parse("; 1=\"no\"\n$LANG 2=\"no\"\n\n");
-    EXPECT_FALSE(table->IsLoaded());
-    EXPECT_EQ(At(*table, 1), kDefault);
-    EXPECT_EQ(At(*table, 2), kDefault);
-}
-
-TEST_F(LanguageTable, LaterDuplicateWins) {
-    const auto table = Parse("5=\"first\"\n5=\"second\"\n");
-    EXPECT_EQ(At(*table, 5), u"second");
-}
-
-TEST_F(LanguageTable, ErrorStopsTheParseAndKeepsEarlierEntries) {
+TEST_F(LanguageTable, ErrorStopsTheParseAndNamesItsLine) {
     const auto table = Parse("1=\"a\"\n2=\"b\"\n3 \"c\"\n4=\"d\"\n");
     ASSERT_TRUE(table->IsLoaded());
     EXPECT_EQ(At(*table, 2), u"b");
     EXPECT_EQ(At(*table, 4), kDefault);
-    ASSERT_EQ(host_.titledReports.size(), 1u);
+    Parse("\n7= x\"\n");
+    Parse("1=\"ab\r\n\"\n");
+    Record record(u"ZB");
+    Parse("1 x", &record);
+    ASSERT_EQ(host_.titledReports.size(), 4u);
     EXPECT_EQ(host_.titledReports[0].level, kReportError);
     EXPECT_EQ(host_.titledReports[0].title, u"Main language file parse error");
     EXPECT_EQ(host_.titledReports[0].text, u"'=' - expected \n\nat line:3");
-}
-
-TEST_F(LanguageTable, EachErrorNamesItsLine) {
-    Parse("\n7= x\"\n");
-    Parse("1=\"ab\r\n\"\n");
-    ASSERT_EQ(host_.titledReports.size(), 2u);
-    EXPECT_EQ(host_.titledReports[0].text, u"'\"' - expected \n\nat line:2");
-    EXPECT_EQ(host_.titledReports[1].text, u"unexpected end of line\n\nat line:1");
+    EXPECT_EQ(host_.titledReports[1].text, u"'\"' - expected \n\nat line:2");
+    EXPECT_EQ(host_.titledReports[2].text, u"unexpected end of line\n\nat line:1");
+    EXPECT_EQ(host_.titledReports[3].title, u"Plugin ZB language parse error");
 }
 
 TEST_F(LanguageTable, UnclosedTextAtTheEndIsAnError) {
     for (const char* text : {"1=\"abc", "1=\"abc\\", "1=", "12345"}) {
         host_.titledReports.clear();
-        const auto table = Parse(text);
-        EXPECT_FALSE(table->IsLoaded()) << text;
+        EXPECT_FALSE(Parse(text)->IsLoaded()) << text;
         EXPECT_EQ(host_.titledReports.size(), 1u) << text;
     }
-}
-
-TEST_F(LanguageTable, PluginTablesNameTheirPluginInErrors) {
-    Record record(u"ZB");
-    Parse("1 x", &record);
-    ASSERT_EQ(host_.titledReports.size(), 1u);
-    EXPECT_EQ(host_.titledReports[0].title, u"Plugin ZB language parse error");
 }
 
 TEST_F(LanguageTable, ByteOrderMarkSelects16BitText) {
@@ -151,21 +129,18 @@ TEST_F(LanguageTable, ApplicationNameReplacesItsTag) {
     EXPECT_EQ(At(*longer, 1), u"A much longer name");
 }
 
-TEST_F(LanguageTable, PluginTableLoadsFromTheBuiltModule) {
+TEST_F(LanguageTable, LoadPrefersTheFileAndFallsBackToTheModulesTable) {
     const LoadedModule& module = LoadedModule::Get();
     ASSERT_NE(module.handle, nullptr);
-    std::unique_ptr<q5_LANGUAGETABLE> table(q5_LANGUAGETABLE::Load(module.handle, nullptr));
-    ASSERT_TRUE(table);
-    EXPECT_EQ(At(*table, 1), u"Software Z-Buffer video driver");
-    EXPECT_EQ(At(*table, 8), u"Corvane Systems, Inc");
-    EXPECT_EQ(At(*table, 14), u"Use extra maps : opacity, emission & ambient occlusion.\r\n"
-                              u"Note: may be very slow in high resolution and on large models.");
-    EXPECT_EQ(At(*table, 15), kDefault);
+    std::unique_ptr<q5_LANGUAGETABLE> own(q5_LANGUAGETABLE::Load(module.handle, nullptr));
+    ASSERT_TRUE(own);
+    EXPECT_EQ(At(*own, 1), u"Software Z-Buffer video driver");
+    EXPECT_EQ(At(*own, 8), u"Corvane Systems, Inc");
+    EXPECT_EQ(At(*own, 14), u"Use extra maps : opacity, emission & ambient occlusion.\r\n"
+                            u"Note: may be very slow in high resolution and on large models.");
+    EXPECT_EQ(At(*own, 15), kDefault);
     EXPECT_TRUE(host_.titledReports.empty());
-}
 
-TEST_F(LanguageTable, LoadPrefersTheFileAndFallsBackToResources) {
-    const LoadedModule& module = LoadedModule::Get();
     q5_STREAM* file = q5_STREAM::CreateW(nullptr, u"?lng", Q5_STREAM_FILE | Q5_FILE_CREATE);
     ASSERT_NE(file, nullptr);
     file->WriteLnA("8=\"from the file\"");
@@ -175,7 +150,6 @@ TEST_F(LanguageTable, LoadPrefersTheFileAndFallsBackToResources) {
     ASSERT_TRUE(fromFile);
     EXPECT_EQ(At(*fromFile, 8), u"from the file");
     file->Release(); // deletes the temporary file
-
     std::unique_ptr<q5_LANGUAGETABLE> fallback(q5_LANGUAGETABLE::Load(module.handle, path));
     ASSERT_TRUE(fallback);
     EXPECT_EQ(At(*fallback, 8), u"Corvane Systems, Inc");

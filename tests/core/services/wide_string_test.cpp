@@ -7,8 +7,8 @@
 #include <cmath>
 #include <string>
 
-TEST(WideStringCopy, BoundedCopyAlwaysTerminates) {
-    q5_WCHAR dst[8] = {u'z', u'z', u'z', u'z', u'z', u'z', u'z', u'z'};
+TEST(WideStringCopy, BoundedCopyAlwaysTerminatesAndCatAppends) {
+    q5_WCHAR dst[16] = {u'z', u'z', u'z', u'z', u'z', u'z', u'z', u'z'};
     q5wcsncpy(dst, u"abcdef", 4);
     EXPECT_EQ(std::u16string(dst), u"abc");
     EXPECT_EQ(dst[4], u'z');
@@ -16,10 +16,6 @@ TEST(WideStringCopy, BoundedCopyAlwaysTerminates) {
     EXPECT_EQ(std::u16string(dst), u"xy");
     q5wcsncpy(dst, u"ignored", 0);
     EXPECT_EQ(dst[0], u'x');
-}
-
-TEST(WideStringCopy, CatAppendsAfterTheExistingText) {
-    q5_WCHAR dst[16];
     q5wcscpy(dst, u"path");
     q5wcscat(dst, u"\\file");
     EXPECT_EQ(std::u16string(dst), u"path\\file");
@@ -33,22 +29,15 @@ TEST(WideStringCompare, UnitsCompareAsUnsignedNumbers) {
     EXPECT_LT(q5wcscmp(u"\U0001F600", u"\uFF01"), 0); // a surrogate unit, 0xD83D
 }
 
-TEST(WideStringCompare, IgnoresCaseAcrossScripts) {
+TEST(WideStringCompare, IgnoresCaseAcrossScriptsAndOrdersByLowerCase) {
     EXPECT_EQ(q5wcsicmp(u"Hello", u"hELLO"), 0);
     EXPECT_EQ(q5wcsicmp(u"\u00C9T\u00C9", u"\u00E9t\u00E9"), 0);           // Latin-1
     EXPECT_EQ(q5wcsicmp(u"\u0141\u0100\u0178", u"\u0142\u0101\u00FF"), 0); // Extended-A
     EXPECT_EQ(q5wcsicmp(u"\u03A9\u0416", u"\u03C9\u0436"), 0);             // Greek, Cyrillic
-    // Multiplication and division signs are not a case pair.
-    EXPECT_NE(q5wcsicmp(u"\u00D7", u"\u00F7"), 0);
-}
-
-TEST(WideStringCompare, FoldsToLowerCaseForOrdering) {
+    EXPECT_NE(q5wcsicmp(u"\u00D7", u"\u00F7"), 0); // multiplication and division signs
     // '_' lies between the capitals and the small letters.
     EXPECT_LT(q5wcsicmp(u"_", u"A"), 0);
     EXPECT_GT(q5wcsicmp(u"b", u"A"), 0);
-}
-
-TEST(WideStringCompare, BoundedCompareStopsAfterCount) {
     EXPECT_EQ(q5wcsnicmp(u"abcX", u"ABCy", 3), 0);
     EXPECT_LT(q5wcsnicmp(u"abcX", u"ABCy", 4), 0);
     EXPECT_EQ(q5wcsnicmp(u"ab", u"AB", 10), 0);
@@ -63,20 +52,14 @@ TEST(NarrowCompare, FoldsOnlyAsciiLetters) {
     EXPECT_NE(q5strnicmp("\xC4", "\xE4", 1), 0);
 }
 
-TEST(WideToLong, ReadsSignedDecimalPrefix) {
+TEST(WideNumbers, ReadTheLongestPrefixAndSaturateAtThirtyTwoBits) {
     EXPECT_EQ(q5wtol(u"  -42xyz"), -42);
     EXPECT_EQ(q5wtol(u"+7"), 7);
     EXPECT_EQ(q5wtol(u"abc"), 0);
     EXPECT_EQ(q5wtol(u"-2147483648"), INT32_MIN);
-}
-
-TEST(WideToLong, SaturatesAtThirtyTwoBits) {
     EXPECT_EQ(q5wtol(u"2147483648"), INT32_MAX);
     EXPECT_EQ(q5wtol(u"99999999999999999999"), INT32_MAX);
     EXPECT_EQ(q5wtol(u"-99999999999999999999"), INT32_MIN);
-}
-
-TEST(WideToDouble, ReadsTheLongestNumberPrefix) {
     EXPECT_EQ(q5wtof(u" 1.5e3x"), 1500.0);
     EXPECT_EQ(q5wtof(u"-0.25"), -0.25);
     EXPECT_EQ(q5wtof(u"+2"), 2.0);

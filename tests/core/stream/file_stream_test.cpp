@@ -11,6 +11,7 @@
 namespace {
 
 constexpr std::uint32_t kCreate = Q5_STREAM_FILE | Q5_FILE_CREATE;
+constexpr std::uint32_t kRead = Q5_STREAM_FILE | Q5_FILE_READ;
 
 std::u16string NameOf(q5_STREAM& stream, std::uint32_t flags) {
     q5_WCHAR name[q5plat::kMaxPath] = {};
@@ -24,7 +25,7 @@ std::u16string TempFolder() {
     return folder;
 }
 
-// A file with the given bytes that lives as long as the fixture.
+// A file holding "0123456789" that lives as long as the fixture.
 class FileStreamTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -34,6 +35,15 @@ protected:
         path_ = NameOf(*keeper, 0);
     }
     void TearDown() override { q5DeleteFile(path_.c_str()); }
+
+    StreamPtr Open(std::uint32_t flags = kRead) {
+        return StreamPtr(q5_STREAM::CreateW(nullptr, path_.c_str(), flags));
+    }
+    // The single report so far begins with `prefix`.
+    void ExpectOneReportStartingWith(const std::u16string& prefix) {
+        ASSERT_EQ(host_.wideReports.size(), 1u);
+        EXPECT_EQ(host_.wideReports[0].text.substr(0, prefix.size()), prefix);
+    }
 
     std::u16string path_;
     RecordingHost host_;
@@ -50,18 +60,16 @@ TEST_F(FileStreamTest, TemporaryFileTakesThePrefixAndGoesWithTheStream) {
         EXPECT_EQ(q5plat::QueryFileKind(name.c_str()), q5plat::FileKind::File);
     }
     const std::u16string folder = TempFolder();
-    EXPECT_EQ(name.compare(0, folder.size(), folder), 0);
-    EXPECT_EQ(name.compare(folder.size(), 3, u"abc"), 0);
+    EXPECT_EQ(name.substr(0, folder.size() + 3), folder + u"abc");
     EXPECT_FALSE(q5IsFileExist(name.c_str()));
-    // path_ was made with the keep flag and is still there.
-    EXPECT_TRUE(q5IsFileExist(path_.c_str()));
+    EXPECT_TRUE(q5IsFileExist(path_.c_str())); // made with the keep flag
     StreamPtr unnamed(q5_STREAM::CreateW(nullptr, nullptr, kCreate));
     ASSERT_TRUE(unnamed);
-    EXPECT_EQ(NameOf(*unnamed, 0).compare(folder.size(), 3, u"q5d"), 0);
+    EXPECT_EQ(NameOf(*unnamed, 0).substr(0, folder.size() + 3), folder + u"q5d");
 }
 
 TEST_F(FileStreamTest, SeekFromCurrentOrEndAnswersOne) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    StreamPtr stream = Open();
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->Seek(4, 1), 1);
     EXPECT_EQ(stream->Tell(), 4);
@@ -70,17 +78,13 @@ TEST_F(FileStreamTest, SeekFromCurrentOrEndAnswersOne) {
     EXPECT_EQ(stream->Seek(2, 0), 2);
     EXPECT_TRUE(host_.wideReports.empty());
     EXPECT_EQ(stream->Seek(-1, 0), -1);
-    ASSERT_EQ(host_.wideReports.size(), 1u);
-    EXPECT_EQ(
-        host_.wideReports[0].text.rfind(u"FILE Stream error:\nInfo:\tQ5_FILESTREAM::Seek error\n"
-                                        u"OS Info:\t",
-                                        0),
-        0u);
+    ExpectOneReportStartingWith(
+        u"FILE Stream error:\nInfo:\tQ5_FILESTREAM::Seek error\nOS Info:\t");
     EXPECT_NE(host_.wideReports[0].text.find(u"\nFile:\t" + path_), std::u16string::npos);
 }
 
-TEST_F(FileStreamTest, ReadAtTheEndLeavesTheBufferAndSets255) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+TEST_F(FileStreamTest, ReadingPastTheEndSets255AndWritingReadOnlySets254) {
+    StreamPtr stream = Open();
     stream->Seek(10, 0);
     Bytes buffer(4, 0xCC);
     EXPECT_EQ(stream->Read(buffer.data(), 4), 0);
@@ -91,56 +95,39 @@ TEST_F(FileStreamTest, ReadAtTheEndLeavesTheBufferAndSets255) {
     EXPECT_EQ(buffer, Bytes(4, 0));
     stream->Seek(0, 0);
     EXPECT_EQ(stream->GetStatus(), 0);
-}
 
-TEST_F(FileStreamTest, MissingFileIsReportedUnlessQuiet) {
-    const std::u16string missing = path_ + u".none";
-    EXPECT_EQ(
-        q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_QUIET),
-        nullptr);
-    EXPECT_TRUE(host_.wideReports.empty());
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE),
-              nullptr);
-    ASSERT_EQ(host_.wideReports.size(), 1u);
-    EXPECT_EQ(host_.wideReports[0].text.rfind(u"FILE Stream error:\nInfo:\t File open error\n", 0),
-              0u);
-    // No mode: nothing is opened and nothing said.
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE), nullptr);
-    EXPECT_EQ(host_.wideReports.size(), 1u);
-}
-
-TEST_F(FileStreamTest, WritingAReadOnlyStreamSets254) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
     EXPECT_EQ(stream->Write("x", 1), 0);
     EXPECT_EQ(stream->GetStatus(), Q5_STATUS_READ_ONLY);
-    ASSERT_EQ(host_.wideReports.size(), 1u);
-    EXPECT_EQ(host_.wideReports[0].text.rfind(
-                  u"FILE Stream error:\nInfo:\tError while writing to disk! File\n", 0),
-              0u);
+    ExpectOneReportStartingWith(u"FILE Stream error:\nInfo:\tError while writing to disk! File\n");
     EXPECT_EQ(stream->Write("x", 1), 0); // the status blocks further writes silently
     EXPECT_EQ(host_.wideReports.size(), 1u);
 }
 
-TEST_F(FileStreamTest, NullWriteBufferIsReported) {
-    StreamPtr stream(
-        q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE));
-    EXPECT_EQ(stream->Write(nullptr, 4), 0);
-    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
-    ASSERT_EQ(host_.wideReports.size(), 1u);
-    EXPECT_EQ(host_.wideReports[0].text, u"write buffer is NULL");
+TEST_F(FileStreamTest, MissingFileIsReportedUnlessQuiet) {
+    const std::u16string missing = path_ + u".none";
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, missing.c_str(), kRead | Q5_FILE_QUIET), nullptr);
+    EXPECT_TRUE(host_.wideReports.empty());
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE),
+              nullptr);
+    ExpectOneReportStartingWith(u"FILE Stream error:\nInfo:\t File open error\n");
+    // No mode: nothing is opened and nothing said.
+    EXPECT_EQ(Open(Q5_STREAM_FILE), nullptr);
+    EXPECT_EQ(host_.wideReports.size(), 1u);
 }
 
-TEST_F(FileStreamTest, ReadWriteModeKeepsTheData) {
-    StreamPtr stream(
-        q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE));
+TEST_F(FileStreamTest, ReadWriteModeKeepsTheDataAndCreateModeEmptiesIt) {
+    StreamPtr stream = Open(Q5_STREAM_FILE | Q5_FILE_READWRITE);
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->GetSize(), 10);
     stream->Seek(10, 0);
     stream->Write("ab", 2);
     EXPECT_EQ(stream->GetSize(), 12);
+    EXPECT_EQ(stream->Write(nullptr, 4), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(host_.wideReports[0].text, u"write buffer is NULL");
     stream.reset(); // a writer shares its file with readers only
-    // Create mode empties the file.
-    StreamPtr again(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate));
+    StreamPtr again = Open(kCreate);
     ASSERT_TRUE(again);
     EXPECT_EQ(again->GetSize(), 0);
 }
@@ -151,20 +138,18 @@ TEST_F(FileStreamTest, AppMacroOpensUnderTheApplicationFolder) {
     host_.folders[1] = folder;
     const std::u16string file = path_.substr(folder.size() + 1);
     const std::u16string name = u"($app)\\" + file;
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, name.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, name.c_str(), kRead));
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->GetSize(), 10);
     EXPECT_EQ(NameOf(*stream, 0), name);
     EXPECT_EQ(NameOf(*stream, Q5_FILENAME_RESOLVED), folder + u"\\" + file);
     // Without a plug-in folder the macro does not apply and the name is opened as given.
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"($PLUGINS)x.bin",
-                                 Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_QUIET),
-              nullptr);
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"($PLUGINS)x.bin", kRead | Q5_FILE_QUIET), nullptr);
 }
 
-TEST_F(FileStreamTest, HostResolutionComesFirstAndMayGiveTheTime) {
+TEST_F(FileStreamTest, HostResolvesNamesFirstExceptInCreateOrNoResolveMode) {
     host_.resolvedNames[u"doc:ten"] = {path_, q5_FILETIME{5, 6}};
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, u"doc:ten", Q5_STREAM_FILE | Q5_FILE_READ));
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, u"doc:ten", kRead));
     ASSERT_TRUE(stream);
     EXPECT_EQ(stream->GetSize(), 10);
     q5_FILETIME time = {};
@@ -174,35 +159,27 @@ TEST_F(FileStreamTest, HostResolutionComesFirstAndMayGiveTheTime) {
     char narrow[q5plat::kMaxPath];
     EXPECT_TRUE(stream->GetFileNameA(narrow, q5plat::kMaxPath, 0));
     EXPECT_STREQ(narrow, "doc:ten");
-}
+    stream.reset();
 
-TEST_F(FileStreamTest, CreateModeAndTheNoResolveFlagSkipTheHost) {
     host_.resolvedNames[path_] = {u"elsewhere", q5_FILETIME{}};
-    StreamPtr created(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate | Q5_FILE_KEEP));
-    StreamPtr plain(q5_STREAM::CreateW(nullptr, path_.c_str(),
-                                       Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_NORESOLVE));
-    EXPECT_TRUE(created);
-    EXPECT_TRUE(plain);
+    host_.resolveRequests.clear();
+    EXPECT_TRUE(Open(kCreate | Q5_FILE_KEEP));
+    EXPECT_TRUE(Open(kRead | Q5_FILE_NORESOLVE));
     EXPECT_TRUE(host_.resolveRequests.empty());
 }
 
-TEST_F(FileStreamTest, FileTimeComesFromTheSystemWithoutAHostTime) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
-    q5_FILETIME time = {};
-    EXPECT_EQ(stream->GetFileTime(time), Q5_OK);
-    q5_FILETIME same = {};
+TEST_F(FileStreamTest, ClosedStreamHasNoTimeAndReopens) {
+    StreamPtr stream = Open();
+    q5_FILETIME time = {}, same = {};
+    EXPECT_EQ(stream->GetFileTime(time), Q5_OK); // from the system without a host time
     EXPECT_TRUE(q5GetFileTime(path_.c_str(), same));
     EXPECT_NE(time.dwHighDateTime, 0u);
     EXPECT_EQ(time.dwLowDateTime, same.dwLowDateTime);
     EXPECT_EQ(time.dwHighDateTime, same.dwHighDateTime);
-    stream->_CLOSEFILE();
-    EXPECT_EQ(stream->GetFileTime(time), Q5_E_NOTAVAIL);
-}
 
-TEST_F(FileStreamTest, ClosedStreamReopens) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), Q5_STREAM_FILE | Q5_FILE_READ));
     auto* file = static_cast<Q5_FILESTREAM*>(stream.get());
     file->_CLOSEFILE();
+    EXPECT_EQ(file->GetFileTime(time), Q5_E_NOTAVAIL);
     EXPECT_EQ(file->GetHANDLE(), nullptr);
     EXPECT_EQ(file->GetSize(), 0);
     EXPECT_TRUE(file->_REOPENFILE());
@@ -211,7 +188,7 @@ TEST_F(FileStreamTest, ClosedStreamReopens) {
 }
 
 TEST_F(FileStreamTest, ReadsReportProgressEvery64KiB) {
-    StreamPtr stream(q5_STREAM::CreateW(nullptr, path_.c_str(), kCreate | Q5_FILE_KEEP));
+    StreamPtr stream = Open(kCreate | Q5_FILE_KEEP);
     const Bytes block(10000, 7);
     for (int i = 0; i < 14; ++i) stream->Write(block.data(), 10000);
     stream->Seek(0, 0);

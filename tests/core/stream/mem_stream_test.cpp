@@ -11,56 +11,55 @@
 
 namespace {
 
-Q5_MEMSTREAM* AsMemory(const StreamPtr& stream) {
-    return static_cast<Q5_MEMSTREAM*>(stream.get());
-}
+class MemStream : public ::testing::Test {
+protected:
+    Q5_MEMSTREAM* Memory() { return static_cast<Q5_MEMSTREAM*>(stream_.get()); }
 
-TEST(MemStream, GrowsInWholeBlocksOf64KiB) {
-    StreamPtr stream = NewMemoryStream();
-    ASSERT_TRUE(stream);
-    EXPECT_GE(AsMemory(stream)->GetCapacity(), 65400);
-    EXPECT_LT(AsMemory(stream)->GetCapacity(), 65536);
+    RecordingHost host_;
+    ScopedHostAPI scope_{&host_};
+    StreamPtr stream_ = NewMemoryStream();
+};
+
+TEST_F(MemStream, GrowsInWholeBlocksOf64KiB) {
+    ASSERT_TRUE(stream_);
+    EXPECT_GE(Memory()->GetCapacity(), 65400);
+    EXPECT_LT(Memory()->GetCapacity(), 65536);
     const Bytes block(131072, 0x11);
-    EXPECT_EQ(stream->Write(block.data(), 65537), 65537);
-    EXPECT_EQ(q5_MEM_Size(stream->GetHANDLE()), 131072u);
+    EXPECT_EQ(stream_->Write(block.data(), 65537), 65537);
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 131072u);
     // Filling the block exactly needs no more room.
-    EXPECT_EQ(stream->Write(block.data(), 131072 - 65537), 131072 - 65537);
-    EXPECT_EQ(q5_MEM_Size(stream->GetHANDLE()), 131072u);
-    EXPECT_EQ(stream->Write(block.data(), 1), 1);
-    EXPECT_EQ(q5_MEM_Size(stream->GetHANDLE()), 196608u);
-    EXPECT_EQ(stream->GetSize(), 131073);
+    EXPECT_EQ(stream_->Write(block.data(), 131072 - 65537), 131072 - 65537);
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 131072u);
+    EXPECT_EQ(stream_->Write(block.data(), 1), 1);
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 196608u);
+    EXPECT_EQ(stream_->GetSize(), 131073);
     // The data survived each move of the block.
-    EXPECT_EQ(static_cast<unsigned char*>(stream->GetMemoryBase())[65536], 0x11);
+    EXPECT_EQ(static_cast<unsigned char*>(stream_->GetMemoryBase())[65536], 0x11);
 
     StreamPtr fresh = NewMemoryStream();
     EXPECT_EQ(fresh->Write(block.data(), 131072), 131072);
     EXPECT_EQ(q5_MEM_Size(fresh->GetHANDLE()), 196608u);
 }
 
-TEST(MemStream, SeeksUpToTheSizeOnly) {
-    StreamPtr stream = NewMemoryStream();
-    stream->Write("0123456789", 10);
-    EXPECT_EQ(stream->Seek(10, 0), 10);
-    EXPECT_EQ(stream->Seek(11, 0), -1);
-    EXPECT_EQ(stream->Tell(), 10);
-    EXPECT_EQ(stream->Seek(-3, 1), 7);
-    EXPECT_EQ(stream->Seek(-1, 2), 9);
-    EXPECT_EQ(stream->Seek(-11, 2), -1);
+TEST_F(MemStream, SeeksUpToTheSizeAndTruncatesTheBlockExactly) {
+    stream_->Write("0123456789", 10);
+    EXPECT_EQ(stream_->Seek(10, 0), 10);
+    EXPECT_EQ(stream_->Seek(11, 0), -1);
+    EXPECT_EQ(stream_->Tell(), 10);
+    EXPECT_EQ(stream_->Seek(-3, 1), 7);
+    EXPECT_EQ(stream_->Seek(-1, 2), 9);
+    EXPECT_EQ(stream_->Seek(-11, 2), -1);
+
+    stream_->Seek(5, 0);
+    EXPECT_TRUE(stream_->Truncate());
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 5u);
+    stream_->Seek(0, 0);
+    EXPECT_TRUE(stream_->Truncate()); // size 0 keeps the block
+    EXPECT_EQ(stream_->GetSize(), 0);
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 5u);
 }
 
-TEST(MemStream, TruncateResizesTheBlockExactly) {
-    StreamPtr stream = NewMemoryStream();
-    stream->Write("0123456789", 10);
-    stream->Seek(5, 0);
-    EXPECT_TRUE(stream->Truncate());
-    EXPECT_EQ(q5_MEM_Size(stream->GetHANDLE()), 5u);
-    stream->Seek(0, 0);
-    EXPECT_TRUE(stream->Truncate()); // size 0 keeps the block
-    EXPECT_EQ(stream->GetSize(), 0);
-    EXPECT_EQ(q5_MEM_Size(stream->GetHANDLE()), 5u);
-}
-
-TEST(MemStream, CallersAreaIsWrittenInPlaceButNeverGrows) {
+TEST_F(MemStream, CallersAreaIsWrittenInPlaceButNeverGrows) {
     char area[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
     StreamPtr stream(q5_STREAM::CreateFromMemory(area, sizeof area));
     ASSERT_TRUE(stream);
@@ -77,9 +76,17 @@ TEST(MemStream, CallersAreaIsWrittenInPlaceButNeverGrows) {
     EXPECT_EQ(stream->Seek(0, 0), 0);
     EXPECT_EQ(stream->Read(&c, 1), 1);
     EXPECT_EQ(c, 'a');
+    // A zero first byte can mark the end.
+    stream->Seek(0, 0);
+    area[0] = 0;
+    EXPECT_FALSE(stream->IsEOF());
+    static_cast<Q5_MEMSTREAM*>(stream.get())->SetZeroByteEnd(true);
+    EXPECT_TRUE(stream->IsEOF());
+    area[0] = 'z';
+    EXPECT_FALSE(stream->IsEOF());
 }
 
-TEST(MemStream, FactoriesRefuseWhatTheyCannotServe) {
+TEST_F(MemStream, FactoriesRefuseWhatTheyCannotServe) {
     char byte = 0;
     EXPECT_EQ(q5_STREAM::CreateFromMemory(&byte, 0), nullptr);
     EXPECT_EQ(q5_STREAM::CreateFromMemory(nullptr, 4), nullptr);
@@ -89,7 +96,7 @@ TEST(MemStream, FactoriesRefuseWhatTheyCannotServe) {
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"LNG|NOSUCH", Q5_STREAM_RESOURCE), nullptr);
 }
 
-TEST(MemStream, CallersBlockIsWrappedButNotFreed) {
+TEST_F(MemStream, CallersBlockIsWrappedButNotFreed) {
     q5_HMEM block = q5_MEM_Alloc(16, true);
     ASSERT_NE(block, nullptr);
     {
@@ -107,21 +114,17 @@ TEST(MemStream, CallersBlockIsWrappedButNotFreed) {
     EXPECT_EQ(std::memcmp(bytes + 16, "more", 4), 0);
     q5_MEM_Unlock(block);
     EXPECT_TRUE(q5_MEM_Free(block));
-}
 
-TEST(MemStream, BlockThatCannotBeLockedIsReported) {
-    RecordingHost host;
-    ScopedHostAPI scope(&host);
     q5_HMEM empty = q5_MEM_Alloc(0, false); // a block without storage cannot be locked
     ASSERT_NE(empty, nullptr);
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, static_cast<const q5_WCHAR*>(empty), Q5_STREAM_MEMORY),
               nullptr);
-    ASSERT_EQ(host.narrowReports.size(), 1u);
-    EXPECT_EQ(host.narrowReports[0].text, "Invalid global memory HANDLE");
+    ASSERT_EQ(host_.narrowReports.size(), 1u);
+    EXPECT_EQ(host_.narrowReports[0].text, "Invalid global memory HANDLE");
     q5_MEM_Free(empty);
 }
 
-TEST(MemStream, ResourceOfTheModuleReadsButIsNotWritten) {
+TEST_F(MemStream, ResourceOfTheModuleReadsButIsNotWritten) {
     const LoadedModule& module = LoadedModule::Get();
     ASSERT_NE(module.handle, nullptr);
     StreamPtr stream(q5_STREAM::CreateW(module.handle, u"LNG|ENG", Q5_STREAM_RESOURCE));
@@ -138,25 +141,12 @@ TEST(MemStream, ResourceOfTheModuleReadsButIsNotWritten) {
     EXPECT_EQ(std::memcmp(end, ".\"\r\n", 4), 0);
 }
 
-TEST(MemStream, ZeroFirstByteCanMarkTheEnd) {
-    char area[4] = {0, 'a', 'b', 'c'};
-    StreamPtr stream(q5_STREAM::CreateFromMemory(area, sizeof area));
-    EXPECT_FALSE(stream->IsEOF());
-    AsMemory(stream)->SetZeroByteEnd(true);
-    EXPECT_TRUE(stream->IsEOF());
-    area[0] = 'z';
-    EXPECT_FALSE(stream->IsEOF());
-}
-
-TEST(MemStream, NamesItsTypeAndItsErrors) {
-    RecordingHost host;
-    ScopedHostAPI scope(&host);
-    StreamPtr stream = NewMemoryStream();
-    EXPECT_TRUE(stream->IsTypeOf("q5_memstream"));
-    EXPECT_FALSE(stream->IsTypeOf("Q5_FILESTREAM"));
-    stream->ReportError("bad %d", 7);
-    ASSERT_EQ(host.wideReports.size(), 1u);
-    EXPECT_EQ(host.wideReports[0].text, u"MEMORY Stream error:\nCode\tbad 7");
+TEST_F(MemStream, NamesItsTypeAndItsErrors) {
+    EXPECT_TRUE(stream_->IsTypeOf("q5_memstream"));
+    EXPECT_FALSE(stream_->IsTypeOf("Q5_FILESTREAM"));
+    stream_->ReportError("bad %d", 7);
+    ASSERT_EQ(host_.wideReports.size(), 1u);
+    EXPECT_EQ(host_.wideReports[0].text, u"MEMORY Stream error:\nCode\tbad 7");
 }
 
 } // namespace

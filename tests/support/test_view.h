@@ -1,16 +1,18 @@
-// A host view for face-group tests: it projects by a plain rule (x and y in whole pixels of
-// view space, depth = z), clips against one vertical plane, and records every call.
+// A host view for tests: render settings and answers a test controls, and a log of the
+// driver's calls. It projects by a plain rule (x and y in whole pixels of view space,
+// depth = z) and clips against one vertical plane.
 #pragma once
 
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "plugin/view.h"
 #include "zbuffer/screen_vertex.h"
 
-class ScriptedView final : public q5_VIEW {
+class TestView final : public q5_VIEW {
 public:
     enum class Call {
         ClipPolygon,
@@ -27,9 +29,15 @@ public:
         float point[3] = {0, 0, 0};            // ProjectPoint
     };
 
-    std::vector<Record> calls;
-    float clipLeft = 0.0f; // the clipper keeps the part with view-space x >= clipLeft
     q5_RENDERSETTINGS settings;
+    bool hasSettings = true;
+    std::int32_t queryValue = 0;
+    std::uint32_t secondBackground = 0;
+    std::uint32_t fade = 0;
+    double supersample = 1.0;
+    std::vector<std::pair<std::int32_t, std::int32_t>> detached;
+    std::vector<Record> calls; // clipping, projection and texture preparation
+    float clipLeft = 0.0f;     // the clipper keeps the part with view-space x >= clipLeft
 
     int Count(Call c) const {
         return static_cast<int>(std::count_if(calls.begin(), calls.end(),
@@ -41,13 +49,13 @@ public:
         return out;
     }
 
-    q5_RENDERSETTINGS* RenderSettings() override { return &settings; }
-    std::int32_t DriverQueryValue() override { return 0; }
-    void OnDriverDetached(std::int32_t, std::int32_t) override {}
+    q5_RENDERSETTINGS* RenderSettings() override { return hasSettings ? &settings : nullptr; }
+    std::int32_t DriverQueryValue() override { return queryValue; }
+    void OnDriverDetached(std::int32_t a, std::int32_t b) override { detached.emplace_back(a, b); }
     void OnDriverSettingsChanged() override {}
-    std::uint32_t SecondBackgroundColour() override { return 0; }
-    std::uint32_t FadeColour() override { return 0; }
-    double SupersampleFactor() override { return 1.0; }
+    std::uint32_t SecondBackgroundColour() override { return secondBackground; }
+    std::uint32_t FadeColour() override { return fade; }
+    double SupersampleFactor() override { return supersample; }
 
     bool ClipPolygon(ScreenVertex* const corners[3], ScreenVertex* out, int& count) override {
         calls.push_back({Call::ClipPolygon, count});
@@ -88,21 +96,14 @@ private:
         v.z = static_cast<std::int32_t>(z);
     }
     static void Project(ScreenVertex& v) { SetScreen(v, F(v.x), F(v.y), F(v.z)); }
-    static float Lerp(float a, float b, float t) { return a + (b - a) * t; }
-    static std::uint8_t Lerp(std::uint8_t a, std::uint8_t b, float t) {
-        return static_cast<std::uint8_t>(a + (b - a) * t);
-    }
+    // Interpolates the position only, the rest is the first end's: no test reads the texture
+    // coordinates or colours of a clipped corner.
     ScreenVertex Crossing(const ScreenVertex& a, const ScreenVertex& b) const {
         const float t = (clipLeft - X(a)) / (X(b) - X(a));
-        ScreenVertex v{};
+        ScreenVertex v = a;
         v.x = std::bit_cast<std::int32_t>(clipLeft);
-        v.y = std::bit_cast<std::int32_t>(Lerp(F(a.y), F(b.y), t));
-        v.z = std::bit_cast<std::int32_t>(Lerp(F(a.z), F(b.z), t));
-        v.s = Lerp(a.s, b.s, t);
-        v.t = Lerp(a.t, b.t, t);
-        v.red = Lerp(a.red, b.red, t);
-        v.green = Lerp(a.green, b.green, t);
-        v.blue = Lerp(a.blue, b.blue, t);
+        v.y = std::bit_cast<std::int32_t>(F(a.y) + (F(b.y) - F(a.y)) * t);
+        v.z = std::bit_cast<std::int32_t>(F(a.z) + (F(b.z) - F(a.z)) * t);
         return v;
     }
     // One pass of polygon clipping against x >= clipLeft.
