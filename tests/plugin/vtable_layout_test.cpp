@@ -8,24 +8,16 @@
 
 namespace {
 
-// Under the Itanium C++ ABI (g++ on Linux and MinGW) a pointer to a virtual member holds
-// 1 + the byte offset of its slot in the table.
-template <typename Member> int SlotOf(Member member) {
-    struct {
-        std::uintptr_t ptr;
-        std::ptrdiff_t adjust;
-    } raw;
-    static_assert(sizeof member == sizeof raw);
-    std::memcpy(&raw, &member, sizeof raw);
-    return static_cast<int>((raw.ptr - 1) / sizeof(void*)) + 1;
-}
-
-// Expects the given operations in slots 1, 2, 3, ... in the order given.
+// Expects the given operations in slots 1, 2, 3, ... in the order given. Under the Itanium C++
+// ABI (g++ on Linux and MinGW) a pointer to a virtual member starts with 1 + its slot's offset.
 template <typename... Members> void ExpectSlotsInOrder(Members... members) {
     int slot = 0;
     const auto expect = [&slot](auto member) {
+        static_assert(sizeof member == 2 * sizeof(std::uintptr_t));
+        std::uintptr_t offset;
+        std::memcpy(&offset, &member, sizeof offset);
         ++slot;
-        EXPECT_EQ(SlotOf(member), slot) << "operation number " << slot;
+        EXPECT_EQ(static_cast<int>((offset - 1) / sizeof(void*)) + 1, slot) << "operation " << slot;
     };
     (expect(members), ...);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "plugin/driver.h"
@@ -89,13 +90,9 @@ public:
     std::int32_t SetCopyTarget(TPicture*) override { return 1; }
     std::int32_t DrawScreenQuad(const q5_SCREENQUAD*) override { return 1; }
 
-    // TextureHook calls as (picture, create flag); TextureUpdate records -1 as the flag.
-    struct HookCall {
-        TPicture* picture;
-        std::int32_t create;
-        bool flag2; // the settings' kind-2 flag while the hook ran
-    };
-    std::vector<HookCall> hookCalls;
+    // TextureHook calls as (picture, create flag, the settings' kind-2 flag while the hook ran);
+    // TextureUpdate records -1 as the create flag.
+    std::vector<std::tuple<TPicture*, std::int32_t, bool>> hookCalls;
 
 private:
     ~FakeDriver() = default;

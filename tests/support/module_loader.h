@@ -1,4 +1,5 @@
-// Loads the built plug-in module from the test's own folder, as a host loads it.
+// Loads the built plug-in module as a host does, from the working folder: CTest runs every
+// test program in its own folder, beside the module.
 #pragma once
 
 #include "core/platform/module.h"

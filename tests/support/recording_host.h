@@ -3,10 +3,10 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -25,34 +25,20 @@ public:
         std::int32_t id;
         friend bool operator==(const StringRequest&, const StringRequest&) = default;
     };
-    struct DriverRegistration {
-        q5_HINSTANCE module;
-        std::string name;
-        std::uint32_t flags;
-        std::u16string displayName;
-        friend bool operator==(const DriverRegistration&, const DriverRegistration&) = default;
-    };
-    struct SettingRead {
-        std::int32_t scope;
-        std::string key;
-        std::int32_t value; // the default given
-        friend bool operator==(const SettingRead&, const SettingRead&) = default;
-    };
     struct TitledReport {
         std::int32_t level;
-        std::u16string title;
-        std::u16string text;
+        std::u16string title, text;
     };
+    // Module, name, flags and display name.
+    using DriverRegistration = std::tuple<q5_HINSTANCE, std::string, std::uint32_t, std::u16string>;
 
-    // Answers: LGetString looks up `strings` by id (any table) and gives "$$$$$$" when absent.
+    // Answers, by id in any table, by (scope, key), by name, kind or module. CreateDriverByName
+    // asks `createDriver` when set, else gives `driverToCreate`.
     std::map<std::int32_t, std::u16string> strings;
     std::map<std::pair<std::int32_t, std::string>, std::int32_t> settings;
     std::uint64_t stringTableHandle = 1;
     DRIVER3D* driverToCreate = nullptr;
-    // When set, answers CreateDriverByName instead of driverToCreate.
     std::function<DRIVER3D*(const std::string&)> createDriver;
-    // ResolveFileName answers from `resolvedNames` (name -> file, time); GetFolder from
-    // `folders` by kind; FindPluginRecord from `pluginRecords` by module.
     std::map<std::u16string, std::pair<std::u16string, q5_FILETIME>> resolvedNames;
     std::map<std::int32_t, std::u16string> folders;
     std::map<q5_HINSTANCE, q5_PLUGINRECORD*> pluginRecords;
@@ -64,7 +50,6 @@ public:
     std::vector<std::string> driverRequests;
     std::vector<Report<std::string>> narrowReports;
     std::vector<Report<std::u16string>> wideReports;
-    std::vector<SettingRead> settingReads;
     std::vector<std::u16string> resolveRequests;
     std::vector<TitledReport> titledReports;
     std::vector<Q5RESULT> errorCodes;
@@ -75,12 +60,11 @@ public:
     }
     const q5_WCHAR* LGetString(std::uint64_t table, std::int32_t id) override {
         stringRequests.push_back({table, id});
-        const auto found = strings.find(id);
-        return found != strings.end() ? found->second.c_str() : u"$$$$$$";
+        return strings.contains(id) ? strings[id].c_str() : u"$$$$$$";
     }
     void RegisterDriver(q5_HINSTANCE module, const char* name, std::uint32_t flags,
                         const q5_WCHAR* displayName) override {
-        registrations.push_back({module, Text(name), flags, Text(displayName)});
+        registrations.emplace_back(module, Text(name), flags, Text(displayName));
     }
     DRIVER3D* CreateDriverByName(const char* name) override {
         driverRequests.push_back(Text(name));
@@ -93,13 +77,11 @@ public:
         wideReports.push_back({level, Text(text)});
     }
     std::int32_t GetSettingInt(std::int32_t scope, const char* key,
-                               std::int32_t defaultValue) override {
-        settingReads.push_back({scope, Text(key), defaultValue});
-        const auto found = settings.find({scope, Text(key)});
-        return found != settings.end() ? found->second : defaultValue;
+                               std::int32_t fallback) override {
+        return settings.contains({scope, key}) ? settings[{scope, key}] : fallback;
     }
     void SetSettingInt(std::int32_t scope, const char* key, std::int32_t value) override {
-        settings[{scope, Text(key)}] = value;
+        settings[{scope, key}] = value;
     }
     // The options page is not driven through this host.
     void ShowHelp(const char*, std::int32_t, void*) override {}
@@ -108,21 +90,18 @@ public:
 
     bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
                          q5_FILETIME* time) override {
-        resolveRequests.push_back(Text(name));
-        const auto found = resolvedNames.find(Text(name));
-        if (found == resolvedNames.end() || !CopyOut(found->second.first, out, outSize))
+        const std::u16string key = resolveRequests.emplace_back(Text(name));
+        if (!resolvedNames.contains(key) || !CopyOut(resolvedNames[key].first, out, outSize))
             return false;
-        if (time != nullptr) *time = found->second.second;
+        if (time != nullptr) *time = resolvedNames[key].second;
         return true;
     }
     bool GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) override {
-        const auto found = folders.find(kind);
-        return found != folders.end() && CopyOut(found->second, out, size);
+        return folders.contains(kind) && CopyOut(folders[kind], out, size);
     }
     const q5_WCHAR* GetPluginFolder() override { return nullptr; }
     q5_PLUGINRECORD* FindPluginRecord(q5_HINSTANCE module) override {
-        const auto found = pluginRecords.find(module);
-        return found != pluginRecords.end() ? found->second : nullptr;
+        return pluginRecords.contains(module) ? pluginRecords[module] : nullptr;
     }
     void ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
                              const q5_WCHAR* text) override {
@@ -134,9 +113,7 @@ private:
     // Copies as much of `text` as fits, with a terminator; false when nothing fits.
     static bool CopyOut(const std::u16string& text, q5_WCHAR* out, std::int32_t size) {
         if (size < 1) return false;
-        const std::u16string part = text.substr(0, size - 1);
-        std::copy(part.begin(), part.end(), out);
-        out[part.size()] = 0;
+        *std::copy_n(text.begin(), std::min<std::size_t>(text.size(), size - 1), out) = 0;
         return true;
     }
     // A null text is recorded as empty.

@@ -1,11 +1,10 @@
-// A host view for tests: render settings and answers a test controls, and a log of the
-// driver's calls. It projects by a plain rule (x and y in whole pixels of view space,
-// depth = z) and clips against one vertical plane.
+// A host view for tests: settings and answers a test controls, a log of the driver's calls,
+// projection of view-space x and y as whole pixels (depth = z), clipping against one plane.
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -14,40 +13,16 @@
 
 class TestView final : public q5_VIEW {
 public:
-    enum class Call {
-        ClipPolygon,
-        ClipTexturedPolygon,
-        ProjectVertices,
-        ProjectVertexList,
-        ProjectPoint,
-        PrepareTextureCoordinates
-    };
-    struct Record {
-        Call call;
-        int count = 0;                         // vertices handed over, or the texture slot
-        const q5_MATERIAL* material = nullptr; // PrepareTextureCoordinates
-        float point[3] = {0, 0, 0};            // ProjectPoint
-    };
-
     q5_RENDERSETTINGS settings;
     bool hasSettings = true;
     std::int32_t queryValue = 0;
     std::uint32_t secondBackground = 0;
     std::uint32_t fade = 0;
     double supersample = 1.0;
+    float clipLeft = 0.0f; // the clipper keeps the part with view-space x >= clipLeft
     std::vector<std::pair<std::int32_t, std::int32_t>> detached;
-    std::vector<Record> calls; // clipping, projection and texture preparation
-    float clipLeft = 0.0f;     // the clipper keeps the part with view-space x >= clipLeft
-
-    int Count(Call c) const {
-        return static_cast<int>(std::count_if(calls.begin(), calls.end(),
-                                              [c](const Record& r) { return r.call == c; }));
-    }
-    std::vector<Call> Sequence() const {
-        std::vector<Call> out;
-        for (const Record& r : calls) out.push_back(r.call);
-        return out;
-    }
+    std::vector<std::string> calls; // with the vertex counts: "clip 3", "project list 3", "point"
+    std::vector<std::pair<const q5_MATERIAL*, int>> prepared; // texture coordinates, by slot
 
     q5_RENDERSETTINGS* RenderSettings() override { return hasSettings ? &settings : nullptr; }
     std::int32_t DriverQueryValue() override { return queryValue; }
@@ -57,64 +32,55 @@ public:
     std::uint32_t FadeColour() override { return fade; }
     double SupersampleFactor() override { return supersample; }
 
-    bool ClipPolygon(ScreenVertex* const corners[3], ScreenVertex* out, int& count) override {
-        calls.push_back({Call::ClipPolygon, count});
-        return Clip(corners, out, count);
+    bool ClipPolygon(ScreenVertex* const in[3], ScreenVertex* out, int& count) override {
+        return Clip("clip ", in, out, count);
     }
-    bool ClipTexturedPolygon(ScreenVertex* const corners[3], ScreenVertex* out,
-                             int& count) override {
-        calls.push_back({Call::ClipTexturedPolygon, count});
-        return Clip(corners, out, count);
+    bool ClipTexturedPolygon(ScreenVertex* const in[3], ScreenVertex* out, int& count) override {
+        return Clip("clip textured ", in, out, count);
     }
     void ProjectVertices(ScreenVertex* vertices, int count, int stride) override {
-        calls.push_back({Call::ProjectVertices, count});
+        calls.push_back("project " + std::to_string(count));
         auto* bytes = reinterpret_cast<std::uint8_t*>(vertices);
         for (int i = 0; i < count; ++i)
             Project(*reinterpret_cast<ScreenVertex*>(bytes + i * stride));
     }
     void ProjectVertexList(ScreenVertex* const* vertices, int count) override {
-        calls.push_back({Call::ProjectVertexList, count});
+        calls.push_back("project list " + std::to_string(count));
         for (int i = 0; i < count; ++i) Project(*vertices[i]);
     }
     void ProjectPoint(const float point[3], ScreenVertex& out) override {
-        Record r{Call::ProjectPoint, 1};
-        std::copy(point, point + 3, r.point);
-        calls.push_back(r);
-        SetScreen(out, point[0], point[1], point[2]);
+        calls.push_back("point");
+        out = Screen(point[0], point[1], point[2], out);
     }
     void PrepareTextureCoordinates(q5_MESH*, const q5_MATERIAL* material, int slot) override {
-        calls.push_back({Call::PrepareTextureCoordinates, slot, material});
+        prepared.emplace_back(material, slot);
     }
 
 private:
     // By value: bit_cast takes a reference, which a packed field cannot bind.
     static float F(std::int32_t bits) { return std::bit_cast<float>(bits); }
-    static float X(const ScreenVertex& v) { return F(v.x); }
-    static void SetScreen(ScreenVertex& v, float x, float y, float z) {
+    static ScreenVertex Screen(float x, float y, float z, ScreenVertex v) {
         v.x = static_cast<std::int32_t>(x * 256.0f);
         v.y = static_cast<std::int32_t>(y * 256.0f);
         v.z = static_cast<std::int32_t>(z);
-    }
-    static void Project(ScreenVertex& v) { SetScreen(v, F(v.x), F(v.y), F(v.z)); }
-    // Interpolates the position only, the rest is the first end's: no test reads the texture
-    // coordinates or colours of a clipped corner.
-    ScreenVertex Crossing(const ScreenVertex& a, const ScreenVertex& b) const {
-        const float t = (clipLeft - X(a)) / (X(b) - X(a));
-        ScreenVertex v = a;
-        v.x = std::bit_cast<std::int32_t>(clipLeft);
-        v.y = std::bit_cast<std::int32_t>(F(a.y) + (F(b.y) - F(a.y)) * t);
-        v.z = std::bit_cast<std::int32_t>(F(a.z) + (F(b.z) - F(a.z)) * t);
         return v;
     }
-    // One pass of polygon clipping against x >= clipLeft.
-    bool Clip(ScreenVertex* const corners[3], ScreenVertex* out, int& count) const {
+    static void Project(ScreenVertex& v) { v = Screen(F(v.x), F(v.y), F(v.z), v); }
+    // One pass against x >= clipLeft. A crossing takes the first end's texture coordinates
+    // and colours: no test reads those of a clipped corner.
+    bool Clip(const char* what, ScreenVertex* const corners[3], ScreenVertex* out, int& count) {
+        calls.push_back(what + std::to_string(count));
         int n = 0;
         for (int i = 0; i < 3; ++i) {
-            const ScreenVertex& prev = *corners[(i + 2) % 3];
-            const ScreenVertex& cur = *corners[i];
-            const bool prevIn = X(prev) >= clipLeft, curIn = X(cur) >= clipLeft;
-            if (curIn != prevIn) out[n++] = Crossing(prev, cur);
-            if (curIn) out[n++] = cur;
+            const ScreenVertex &a = *corners[(i + 2) % 3], &b = *corners[i];
+            if ((F(b.x) >= clipLeft) != (F(a.x) >= clipLeft)) {
+                const float t = (clipLeft - F(a.x)) / (F(b.x) - F(a.x));
+                ScreenVertex& v = out[n++] = a;
+                v.x = std::bit_cast<std::int32_t>(clipLeft);
+                v.y = std::bit_cast<std::int32_t>(F(a.y) + (F(b.y) - F(a.y)) * t);
+                v.z = std::bit_cast<std::int32_t>(F(a.z) + (F(b.z) - F(a.z)) * t);
+            }
+            if (F(b.x) >= clipLeft) out[n++] = b;
         }
         count = n;
         return n > 0;

@@ -27,7 +27,6 @@ const LineCase kLines[] = {
     {"minor axis by the error term", At(0, 0), At(4, 2), {{0, 0, 2}, {1, 2, 4}}},
     {"steep", At(0, 0), At(2, 5), {{0, 0, 1}, {1, 0, 1}, {2, 1, 2}, {3, 1, 2}, {4, 2, 3}}},
     {"clipped at both sides", At(-20, 5), At(20, 5), {{5, 0, 15}}},
-    {"wholly left of the frame", At(-5, 3), At(-1, 9), {}},
     {"beside the top-left corner", At(-5, 3), At(3, -5), {}},
     {"within one pixel", At(2.3, 4.1), At(2.9, 4.8), {}},
     {"wide adds the scanline below", At(2, 5), At(8, 5), {{5, 2, 8}, {6, 2, 8}}, true},
@@ -45,77 +44,49 @@ TEST(Lines, DrawExactlyTheHandWorkedPixels) {
         f.rc.doubleResolution = c.doubled;
         (c.bold ? DrawBoldLine : DrawLine)(f.rc, c.from, c.to, kColour);
         EXPECT_EQ(f.WrittenSpans(), c.expected);
-        for (const Span& s : c.expected) EXPECT_EQ(f.Pixel(s.first, s.y), kBytes);
+        for (const Span& s : c.expected) EXPECT_EQ(f.Pixel(s[1], s[0]), kBytes);
         EXPECT_TRUE(f.GuardsIntact());
     }
 }
 
-TEST(Lines, DepthStepsByQuotientAndRemainderFromTheClippedStart) {
+TEST(Lines, DepthStepsFromTheClippedStartAndEqualDepthOverwrites) {
     RasterFrame f(16, 12);
-    DrawLine(f.rc, At(0, 0, 0), At(10, 0, 100), kColour);
     DrawLine(f.rc, At(0, 1, 0), At(3, 1, 11), kColour);
     DrawLine(f.rc, At(-20, 5, 0), At(20, 5, 400), kColour);
-    for (int x = 0; x < 10; ++x) EXPECT_EQ(f.Depth(x, 0), 10 * x);
     EXPECT_EQ(f.Depth(1, 1), 3);
     EXPECT_EQ(f.Depth(2, 1), 7);
     EXPECT_EQ(f.Depth(0, 5), 200);
     EXPECT_EQ(f.Depth(14, 5), 340);
-}
-
-TEST(Lines, EqualDepthOverwritesAndBiasApplies) {
-    RasterFrame f(16, 12);
-    DrawLine(f.rc, At(0, 1, 50), At(4, 1, 50), RgbBytes{1, 1, 1});
-    DrawLine(f.rc, At(0, 1, 50), At(4, 1, 50), kColour);
-    EXPECT_EQ(f.Pixel(2, 1), kBytes);
-    DrawLine(f.rc, At(0, 1, 51), At(4, 1, 51), RgbBytes{1, 1, 1});
-    EXPECT_EQ(f.Pixel(2, 1), kBytes);
-    f.rc.depthBias = -2;
-    DrawLine(f.rc, At(0, 1, 51), At(4, 1, 51), RgbBytes{1, 1, 1});
-    EXPECT_EQ(f.Depth(2, 1), 49);
+    f.rc.depthBias = -2; // the same depths again
+    DrawLine(f.rc, At(0, 1, 2), At(3, 1, 13), RgbBytes{1, 1, 1});
+    EXPECT_EQ(f.Pixel(2, 1), (Bgra{1, 1, 1, 255}));
 }
 
 TEST(LineClip, MovesEndsOntoTheFrame) {
     RasterFrame f(16, 12);
-    std::int32_t x0 = 3, y0 = -6, z0 = 0, x1 = 3, y1 = 6, z1 = 120;
-    EXPECT_FALSE(ClipLine(f.rc, x0, y0, z0, x1, y1, z1));
+    std::int32_t x0 = 3, y0 = -6, z0 = 0, x1 = 4, y1 = 2, z1 = 0;
+    std::int32_t x2 = 30, y2 = 15, z2 = 260, x3 = 3, y3 = 6, z3 = 120;
+    EXPECT_FALSE(ClipLine(f.rc, x0, y0, z0, x3, y3, z3)); // from above the top
     EXPECT_EQ(y0, 0);
     EXPECT_EQ(z0, 60);
-    EXPECT_EQ(y1, 6);
-    std::int32_t a = 4, b = 2, c = 0, d = 30, e = 15, g = 260; // beyond the right and bottom
-    EXPECT_FALSE(ClipLine(f.rc, a, b, c, d, e, g));
-    EXPECT_EQ(d, 15); // x to 15 moves y to 2 + 11 * 0.5 = 7.5, truncated
-    EXPECT_EQ(e, 7);
-    EXPECT_EQ(g, 110);
-    std::int32_t p = -5, q = 3, r = 0, s = 3, t = -5, u = 0; // beside the top-left corner
-    EXPECT_TRUE(ClipLine(f.rc, p, q, r, s, t, u));
+    EXPECT_FALSE(ClipLine(f.rc, x1, y1, z1, x2, y2, z2)); // beyond the right and the bottom
+    EXPECT_EQ(x2, 15); // x to 15 moves y to 2 + 11 * 0.5 = 7.5, truncated
+    EXPECT_EQ(y2, 7);
+    EXPECT_EQ(z2, 110);
 }
 
-TEST(WideLines, SteepNeighbourAtTheLastColumnWrapsToTheNextMemoryRow) {
-    // Colour rows are bottom-up, depth rows top-down, so the wrapped neighbour lands on
-    // screen row y - 1 in colour and y + 1 in depth.
+TEST(WideLines, SteepNeighbourWrapsAtTheLastColumnButNeverLeavesTheBuffers) {
+    // Colour rows are bottom-up and depth rows top-down, so the neighbour of (15, 1) wraps to
+    // screen row 0 in colour and row 2 in depth. At the top row the colour neighbour, at the
+    // bottom row the depth neighbour would leave its buffer.
     RasterFrame f(16, 12);
     f.rc.wideLines = 1;
-    DrawLine(f.rc, At(15.5, 2), At(15.5, 6), kColour);
-    for (int y = 2; y <= 5; ++y) {
-        EXPECT_EQ(f.Pixel(15, y), kBytes);
-        EXPECT_EQ(f.Pixel(0, y - 1), kBytes);
-        EXPECT_TRUE(f.Written(0, y + 1));
-    }
-    EXPECT_EQ(f.Pixel(0, 5), Bgra{});
-    EXPECT_FALSE(f.Written(0, 2));
-}
-
-TEST(WideLines, SteepNeighbourNeverLeavesTheBuffers) {
-    RasterFrame f(16, 12);
-    f.rc.wideLines = 1;
-    DrawLine(f.rc, At(15.5, 0), At(15.5, 12), kColour); // top row: colour would leave
-    EXPECT_EQ(f.WrittenInRow(0), 1);
+    DrawLine(f.rc, At(15.5, 0), At(15.5, 2), kColour);
+    DrawLine(f.rc, At(15.5, 12), At(15.5, 10), kColour);
+    EXPECT_EQ(f.WrittenSpans(), (Spans{{0, 15, 16}, {1, 15, 16}, {2, 0, 1}, {11, 15, 16}}));
+    EXPECT_EQ(f.Pixel(0, 0), kBytes);
+    EXPECT_EQ(f.Pixel(0, 2), Bgra{});
     EXPECT_TRUE(f.GuardsIntact());
-    RasterFrame g(16, 12);
-    g.rc.wideLines = 1;
-    DrawLine(g.rc, At(15.5, 12), At(15.5, 0), kColour); // bottom row: depth would leave
-    EXPECT_EQ(g.WrittenInRow(11), 2); // its own pixel and the neighbour of scanline 10
-    EXPECT_TRUE(g.GuardsIntact());
 }
 
 } // namespace

@@ -10,160 +10,120 @@
 #include "zbuffer/screen_vertex.h"
 #include "zbuffer/span_fillers.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
-#include <ostream>
 #include <vector>
 
 // One colour-buffer pixel in memory order.
 struct Bgra {
     std::uint8_t b = 0, g = 0, r = 0, a = 0;
     friend bool operator==(const Bgra&, const Bgra&) = default;
-    friend std::ostream& operator<<(std::ostream& os, const Bgra& p) {
-        return os << "B" << int(p.b) << " G" << int(p.g) << " R" << int(p.r) << " A" << int(p.a);
-    }
 };
 
-// A run of written pixels on one scanline: columns first .. end - 1.
-struct Span {
-    int y, first, end;
-    friend bool operator==(const Span&, const Span&) = default;
-    friend std::ostream& operator<<(std::ostream& os, const Span& s) {
-        return os << "row " << s.y << " [" << s.first << ", " << s.end << ")";
-    }
-};
+// A run of written pixels on one scanline: row, first column, end column (exclusive).
+using Span = std::array<int, 3>;
 using Spans = std::vector<Span>;
 
 // Every run of written entries of a top-down depth buffer, top to bottom, left to right.
 inline Spans SpansOf(const std::int32_t* depth, int width, int height) {
     Spans out;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const std::int32_t* row = depth + y * width;
-            if (row[x] == kDepthEmpty || (x > 0 && row[x - 1] != kDepthEmpty)) continue;
-            int end = x;
-            while (end < width && row[end] != kDepthEmpty) ++end;
-            out.push_back({y, x, end});
-        }
+    for (int i = 0; i < width * height; ++i) {
+        const int y = i / width, x = i % width;
+        if (depth[i] == kDepthEmpty) continue;
+        if (!out.empty() && out.back()[0] == y && out.back()[2] == x)
+            ++out.back()[2];
+        else
+            out.push_back({y, x, x + 1});
+    }
     return out;
 }
+inline int PixelsIn(const Spans& spans) {
+    int n = 0;
+    for (const Span& s : spans) n += s[2] - s[1];
+    return n;
+}
 
-class Polygon;
+// A vertex at a pixel position (as a double, so halves are exact).
+inline ScreenVertex Vertex(double x, double y, std::int32_t z = 0, std::uint8_t red = 0,
+                           std::uint8_t green = 0, std::uint8_t blue = 0) {
+    const auto fixed = [](double p) { return static_cast<std::int32_t>(p * 256.0); };
+    return ScreenVertex{fixed(x), fixed(y), z, 0, 0, 0, 0, 0, 0, red, green, blue};
+}
+
+// Owns a polygon's vertices and the pointer list the context takes.
+class Polygon {
+public:
+    Polygon(std::initializer_list<ScreenVertex> vertices) : vertices(vertices) {}
+    explicit Polygon(std::vector<ScreenVertex> vertices) : vertices(std::move(vertices)) {}
+    void Use(RasterContext& rc) {
+        list_.clear();
+        for (ScreenVertex& v : vertices) list_.push_back(&v);
+        rc.vertexList = list_.data();
+        rc.vertexCount = static_cast<std::int32_t>(list_.size());
+    }
+    std::vector<ScreenVertex> vertices;
+
+private:
+    std::vector<ScreenVertex*> list_;
+};
+
+inline Polygon Rect(double x0, double y0, double x1, double y1, std::int32_t z = 100) {
+    return Polygon{Vertex(x0, y0, z), Vertex(x1, y0, z), Vertex(x1, y1, z), Vertex(x0, y1, z)};
+}
 
 class RasterFrame {
 public:
     // Guard rows before and after each buffer catch writes just outside it.
     RasterFrame(int width, int height, Bgra background = {})
         : width_(width), height_(height), pitch_(((32 * width + 31) / 32) * 4),
-          colour_(static_cast<std::size_t>(pitch_) * (height + 2 * kGuardRows), kGuardByte),
-          depth_(static_cast<std::size_t>(width) * (height + 2 * kGuardRows), kDepthEmpty) {
-        AttachRasterBuffers(rc, colour_.data() + kGuardRows * pitch_,
-                            depth_.data() + kGuardRows * width, width, height);
-        Fill(background);
+          colour_(static_cast<std::size_t>(pitch_) * (height + 2 * kGuard), kGuardByte),
+          depth_(static_cast<std::size_t>(width) * (height + 2 * kGuard), kDepthEmpty) {
+        AttachRasterBuffers(rc, colour_.data() + kGuard * pitch_, depth_.data() + kGuard * width,
+                            width, height);
+        for (int y = 0; y < height_; ++y)
+            for (int x = 0; x < width_; ++x) Set(x, y, background);
     }
 
-    void Fill(Bgra p) {
-        for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < width_; ++x) Set(x, y, p);
-    }
     Bgra Pixel(int x, int y) const {
         Bgra p;
         std::memcpy(&p, &colour_[Offset(x, y)], 4);
         return p;
     }
     void Set(int x, int y, Bgra p) { std::memcpy(&colour_[Offset(x, y)], &p, 4); }
-    std::int32_t Depth(int x, int y) const { return depth_[(y + kGuardRows) * width_ + x]; }
+    std::int32_t Depth(int x, int y) const { return depth_[(y + kGuard) * width_ + x]; }
     bool Written(int x, int y) const { return Depth(x, y) != kDepthEmpty; }
-    int WrittenInRow(int y) const {
-        int n = 0;
-        for (int x = 0; x < width_; ++x) n += Written(x, y);
-        return n;
+    Spans WrittenSpans() const { return SpansOf(&depth_[kGuard * width_], width_, height_); }
+    int WrittenCount() const { return PixelsIn(WrittenSpans()); }
+    int Draw(Polygon copy, FillMode mode = FillMode::Flat,
+             decltype(&FillPolygon) fill = FillPolygon) {
+        copy.Use(rc);
+        return fill(rc, mode);
     }
-    int WrittenCount() const {
-        int n = 0;
-        for (int y = 0; y < height_; ++y) n += WrittenInRow(y);
-        return n;
-    }
-    Spans WrittenSpans() const {
-        return SpansOf(depth_.data() + kGuardRows * width_, width_, height_);
-    }
-    // Fills a copy of the polygon; rc points at the copy only during the call.
-    inline int Draw(Polygon polygon, FillMode mode = FillMode::Flat);
     bool GuardsIntact() const {
-        const std::size_t colourGuard = kGuardRows * pitch_, depthGuard = kGuardRows * width_;
-        for (std::size_t i = 0; i < colourGuard; ++i)
-            if (colour_[i] != kGuardByte || colour_[colour_.size() - 1 - i] != kGuardByte)
-                return false;
-        for (std::size_t i = 0; i < depthGuard; ++i)
-            if (depth_[i] != kDepthEmpty || depth_[depth_.size() - 1 - i] != kDepthEmpty)
-                return false;
-        return true;
+        const auto intact = [](const auto& b, int n, auto v) {
+            return std::count(b.begin(), b.begin() + n, v) + std::count(b.end() - n, b.end(), v) ==
+                   2 * n;
+        };
+        return intact(colour_, kGuard * pitch_, kGuardByte) &&
+               intact(depth_, kGuard * width_, kDepthEmpty);
     }
-    const std::vector<std::uint8_t>& Colour() const { return colour_; }
-    const std::vector<std::int32_t>& DepthBuffer() const { return depth_; }
+    bool operator==(const RasterFrame& o) const {
+        return colour_ == o.colour_ && depth_ == o.depth_;
+    }
 
     RasterContext rc;
 
 private:
     // Screen row y is memory row height - 1 - y.
-    std::size_t Offset(int x, int y) const {
-        return (height_ - 1 - y + kGuardRows) * pitch_ + x * 4;
-    }
-    static constexpr int kGuardRows = 2;
+    std::size_t Offset(int x, int y) const { return (height_ - 1 - y + kGuard) * pitch_ + x * 4; }
+    static constexpr int kGuard = 2; // rows
     static constexpr std::uint8_t kGuardByte = 0xA5;
     int width_, height_, pitch_;
     std::vector<std::uint8_t> colour_;
     std::vector<std::int32_t> depth_;
 };
-
-// A vertex at a pixel position (as a double, so halves are exact).
-inline ScreenVertex Vertex(double x, double y, std::int32_t z = 0, std::uint8_t red = 0,
-                           std::uint8_t green = 0, std::uint8_t blue = 0) {
-    ScreenVertex v{};
-    v.x = static_cast<std::int32_t>(x * 256.0);
-    v.y = static_cast<std::int32_t>(y * 256.0);
-    v.z = z;
-    v.red = red;
-    v.green = green;
-    v.blue = blue;
-    return v;
-}
-
-// Owns a polygon's vertices and the pointer list the context takes.
-class Polygon {
-public:
-    Polygon(std::initializer_list<ScreenVertex> vertices) : vertices_(vertices) { Relink(); }
-    explicit Polygon(std::vector<ScreenVertex> vertices) : vertices_(std::move(vertices)) {
-        Relink();
-    }
-    Polygon(const Polygon& other) : vertices_(other.vertices_) { Relink(); }
-    // Points rc at this polygon.
-    void Use(RasterContext& rc) {
-        rc.vertexList = list_.data();
-        rc.vertexCount = static_cast<std::int32_t>(list_.size());
-    }
-    ScreenVertex& operator[](std::size_t i) { return vertices_[i]; }
-    const std::vector<ScreenVertex>& Vertices() const { return vertices_; }
-    int Count() const { return static_cast<int>(vertices_.size()); }
-
-private:
-    void Relink() {
-        list_.clear();
-        for (ScreenVertex& v : vertices_) list_.push_back(&v);
-    }
-    std::vector<ScreenVertex> vertices_;
-    std::vector<ScreenVertex*> list_;
-};
-
-int RasterFrame::Draw(Polygon polygon, FillMode mode) {
-    polygon.Use(rc);
-    return FillPolygon(rc, mode);
-}
-
-// Rectangle from (x0, y0) to (x1, y1) in pixels at one depth.
-inline Polygon Rect(double x0, double y0, double x1, double y1, std::int32_t z = 100) {
-    return Polygon{Vertex(x0, y0, z), Vertex(x1, y0, z), Vertex(x1, y1, z), Vertex(x0, y1, z)};
-}
 
 // A driver's surface read by screen position, as RasterFrame reads its own buffers.
 inline Bgra SurfacePixel(const SurfaceRecord& s, int x, int y) {
@@ -174,33 +134,22 @@ inline Bgra SurfacePixel(const SurfaceRecord& s, int x, int y) {
 inline Spans SurfaceSpans(const SurfaceRecord& s) {
     return SpansOf(s.depth, s.W, s.H);
 }
-inline int SurfaceWritten(const SurfaceRecord& s) {
-    int n = 0;
-    for (const Span& span : SurfaceSpans(s)) n += span.end - span.first;
-    return n;
-}
 
 // A picture whose texels the test sets by image position (row 0 at the top).
 class TestPicture : public TPicture {
 public:
     TestPicture(int width, int height, int bitCount, bool topDown = false)
         : headerBlock_(sizeof(q5_BITMAPINFOHEADER) + 256 * 4),
-          stride_(q5DibRowStride(static_cast<std::uint32_t>(bitCount), width)),
-          texels_(static_cast<std::size_t>(stride_) * height) {
-        q5_BITMAPINFOHEADER h{};
-        h.biSize = 40;
-        h.biWidth = width;
-        h.biHeight = height;
-        h.biPlanes = 1;
-        h.biBitCount = static_cast<std::uint16_t>(bitCount);
-        std::memcpy(headerBlock_.data(), &h, sizeof h);
+          texels_(static_cast<std::size_t>(q5DibRowStride(bitCount, width)) * height) {
         header = reinterpret_cast<q5_BITMAPINFOHEADER*>(headerBlock_.data());
+        *header = {40, width, height, 1, static_cast<std::uint16_t>(bitCount), 0, 0, 0, 0, 0, 0};
         bits = texels_.data();
         rowsTopDown = topDown;
         texels32Ready = true;
         this->width = width;
         this->height = height;
     }
+    // A converted copy that a test sets is the test's own.
     ~TestPicture() override { converted = nullptr; }
 
     // texel is 0xAARRGGBB; 24-bit pictures drop alpha, 8-bit ones take the low byte as index.
@@ -209,18 +158,10 @@ public:
         for (int k = 0; k < header->biBitCount / 8; ++k) p[k] = (texel >> (8 * k)) & 0xFF;
     }
     void Fill(std::uint32_t texel) {
-        for (int y = 0; y < header->biHeight; ++y)
-            for (int x = 0; x < header->biWidth; ++x) SetTexel(x, y, texel);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) SetTexel(x, y, texel);
     }
-    void SetPaletteEntry(int index, std::uint32_t bgrx) {
-        std::uint8_t* p = headerBlock_.data() + 40 + index * 4;
-        for (int k = 0; k < 4; ++k) p[k] = (bgrx >> (8 * k)) & 0xFF;
-    }
-    TPicture* ConvertedCopy() override { return convertTo; }
-    TPicture* convertTo = nullptr; // what the conversion hands out, owned by the test
 
 private:
-    std::vector<std::uint8_t> headerBlock_;
-    std::int32_t stride_;
-    std::vector<std::uint8_t> texels_;
+    std::vector<std::uint8_t> headerBlock_, texels_;
 };

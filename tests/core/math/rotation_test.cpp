@@ -1,7 +1,7 @@
 // Rotation matrices, quaternions, axis-angle pairs and Euler angles.
 #include "math_testing.h"
 
-#include <limits>
+#include <algorithm>
 
 namespace {
 
@@ -10,12 +10,6 @@ MATRIX3D AxisTurn(int axis, double a) {
     if (axis == 0) m.SetRotateX(a);
     if (axis == 1) m.SetRotateY(a);
     if (axis == 2) m.SetRotateZ(a);
-    return m;
-}
-
-MATRIX3D FromQuat(const QUAT& q) {
-    MATRIX3D m;
-    m.SetRotate(q);
     return m;
 }
 
@@ -33,11 +27,9 @@ MATRIX3D FromEuler(int order, const POINT3D& e) {
 }
 
 ::testing::AssertionResult QuatNear(const QUAT& q, double x, double y, double z, double w) {
-    if (PointNear(q, x, y, z, kFloatChainTol) && std::fabs(q.w - w) <= kFloatChainTol) {
+    if (PointNear(q, x, y, z, kFloatChainTol) && std::fabs(q.w - w) <= kFloatChainTol)
         return ::testing::AssertionSuccess();
-    }
-    return ::testing::AssertionFailure()
-           << "(" << q.x << ", " << q.y << ", " << q.z << ", " << q.w << ")";
+    return ::testing::AssertionFailure() << q.x << ", " << q.y << ", " << q.z << ", " << q.w;
 }
 
 } // namespace
@@ -46,13 +38,7 @@ TEST(RotationBuilders, TurnByTheRightHandRuleInOrder) {
     EXPECT_POINT_NEAR(AxisTurn(2, kPi / 2).PointTransform(_point3d(1, 0, 0)), 0, 1, 0, kDoubleTol);
     EXPECT_POINT_NEAR(AxisTurn(0, kPi / 2).PointTransform(_point3d(0, 1, 0)), 0, 0, 1, kDoubleTol);
     EXPECT_POINT_NEAR(AxisTurn(1, kPi / 2).PointTransform(_point3d(0, 0, 1)), 1, 0, 0, kDoubleTol);
-
     MATRIX3D m;
-    m.SetRotate(_point3d(kPi / 2, kPi / 2, 0)); // x first: y -> z -> x
-    EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 1, 0)), 1, 0, 0, kDoubleTol);
-    const float q = static_cast<float>(kPi / 2);
-    m.SetRotateYPW(0, q, q); // z, then x: x -> y -> z
-    EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 0, 0, 1, kFloatTol);
     m.SetTranslate(_point3d(1, 0, 0));
     m.RotateZ(kPi / 2); // post-multiplied: moved, then turned
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 0, 0)), 0, 1, 0, kDoubleTol);
@@ -68,91 +54,50 @@ TEST(RotationAxisAngle, AnyAxisAnyLengthAnyPoint) {
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 0, 1, 0, kDoubleTol);
     m.SetRotate(_point3d(-1, 0, 0), kPi / 2);
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 1, 0)), 0, 0, -1, kDoubleTol);
-    m.SetRotate(_point3d(0, -3, 0), kPi / 2);
-    EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 0, 0, 1, kDoubleTol);
-    // A turn about a point keeps that point.
+    // A half turn about the point (1, 0, 0).
     m.SetRotate(ANGLEAXISex(POINT3D(1, 0, 0), POINT3D(0, 0, 1), static_cast<float>(kPi)));
-    EXPECT_POINT_NEAR(m.PointTransform(_point3d(1, 0, 0)), 1, 0, 0, kFloatTol);
     EXPECT_POINT_NEAR(m.PointTransform(_point3d(0, 0, 0)), 2, 0, 0, kFloatTol);
-    const MATRIX3D before = m;
-    m.Rotate(ANGLEAXISex(POINT3D(1, 0, 0), POINT3D(0, 0, 1), 0));
-    EXPECT_TRUE(m.Equal(before, 0));
 }
 
+// The negative trace takes the z branch; a corner m33 scales the result by 1/sqrt(m33). The
+// axis read from a matrix comes out negated.
 TEST(QuatConversions, KnownValues) {
     EXPECT_TRUE(QuatNear(QUAT(AxisTurn(2, 0.8)), 0, 0, -std::sin(0.4), std::cos(0.4)));
-    // Negative trace: the z branch keeps z positive.
     EXPECT_TRUE(QuatNear(QUAT(AxisTurn(2, 3.0)), 0, 0, std::sin(1.5), -std::cos(1.5)));
     MATRIX3D scaled;
     scaled.m[3][3] = 4;
     EXPECT_TRUE(QuatNear(QUAT(scaled), 0, 0, 0, std::sqrt(7.0) / 4));
-
-    const ANGLEAXIS id{QUAT()};
-    EXPECT_POINT_NEAR(id.axis, 1, 0, 0, 0);
-    EXPECT_EQ(id.angle, 0);
-    const ANGLEAXIS aa(AxisTurn(2, 0.7)); // the axis comes out negated
+    const ANGLEAXIS aa(AxisTurn(2, 0.7));
     EXPECT_POINT_NEAR(aa.axis, 0, 0, -1, kFloatTol);
     EXPECT_NEAR(aa.angle, 0.7, kFloatTol);
-
-    QUAT f(AxisTurn(2, 0.8)); // y-z exchange: a z turn becomes the opposite y turn
-    f.Flip();
-    EXPECT_TRUE(QuatNear(f, 0, std::sin(0.4), 0, std::cos(0.4)));
-    // A zero quaternion gives the identity and angle 0; a NaN axis gives a NaN matrix.
-    EXPECT_TRUE(FromQuat(QUAT(0, 0, 0, 0)).IsIdentity(0));
     EXPECT_EQ(ANGLEAXIS(QUAT(0, 0, 0, 0)).angle, 0);
-    MATRIX3D m;
-    m.SetRotate(_point3d(std::numeric_limits<float>::quiet_NaN(), 0, 0), 1.0);
-    EXPECT_TRUE(std::isnan(m.m[0][0]));
 }
 
-// Matrix, quaternion and Euler triple describe the same turn; the axis-angle pair read from a
-// matrix describes its inverse.
+// A quaternion read from a matrix describes the same turn; an axis-angle pair its inverse.
 TEST(RotationForms, RoundTripThroughEachOther) {
     TestRandom rng(7);
     for (int i = 0; i < 200; ++i) {
         const MATRIX3D r = rng.Rotation();
         MATRIX3D inverse = r, m;
         inverse.Transpose();
-        const QUAT q(r);
-        EXPECT_NEAR(q.Length(), 1, kFloatTol);
-        EXPECT_TRUE(MatrixNear(FromQuat(q), r, kFloatTol));
-        POINT3D e;
-        r.GetRotate(e);
-        m.SetRotate(e);
+        m.SetRotate(QUAT(r));
         EXPECT_TRUE(MatrixNear(m, r, kFloatTol));
-        EXPECT_TRUE(MatrixNear(FromQuat(QUAT(e)), r, kFloatTol));
-        m.SetRotate(POINT3D(q));
-        EXPECT_TRUE(MatrixNear(m, r, kFloatChainTol));
-        const ANGLEAXIS aa(r);
-        m.SetRotate(aa);
+        m.SetRotate(ANGLEAXIS(r));
         EXPECT_TRUE(MatrixNear(m, inverse, kFloatChainTol));
-        EXPECT_TRUE(MatrixNear(FromQuat(QUAT(aa)), inverse, kFloatChainTol));
-        QUAT polar;
-        r.GetRotate(polar);
-        EXPECT_TRUE(MatrixNear(FromQuat(polar), r, kFloatTol));
     }
 }
 
-TEST(QuatArithmetic, ProductInverseNormalizeAndDivision) {
+// The divisor is the conjugate squared: its w is negative when the vector part outweighs the
+// scalar, and zero for a quarter turn.
+TEST(QuatArithmetic, ProductInverseAndDivision) {
     EXPECT_TRUE(QuatNear(QUAT(1, 0, 0, 0) * QUAT(0, 1, 0, 0), 0, 0, 1, 0));
-    EXPECT_TRUE(QuatNear(QUAT(0, 1, 0, 0) * QUAT(1, 0, 0, 0), 0, 0, -1, 0));
     QUAT q(1, 0, 0, 1);
     q.Invert();
     EXPECT_TRUE(QuatNear(q, -0.5, 0, 0, 0.5));
-    q = QUAT(0, 3, 0, 4);
-    q.Normalize();
-    EXPECT_TRUE(QuatNear(q, 0, 0.6, 0, 0.8));
-    QUAT zero(0, 0, 0, 0);
-    zero.Invert();
-    zero.Normalize();
-    EXPECT_TRUE(QuatNear(zero, 0, 0, 0, 0));
-    // The divisor is the conjugate squared: its w is negative when the vector part outweighs
-    // the scalar, and zero for a quarter turn.
     const QUAT a(0, 0.6f, 0, 0.8f), b(0.8f, 0, 0, 0.6f);
     EXPECT_TRUE(QuatNear(a / a, 0, 0, 0, 1));
     EXPECT_TRUE(QuatNear(b / b, 0, 0, 0, -1));
-    const float h = static_cast<float>(std::sqrt(0.5));
-    EXPECT_FALSE(std::isfinite((a / QUAT(h, 0, 0, h)).w));
+    EXPECT_FALSE(std::isfinite((a / QUAT(1, 0, 0, 1)).w));
 }
 
 TEST(QuatSlerp, EndsSpinAndNearlyEqualBlend) {
@@ -167,8 +112,7 @@ TEST(QuatSlerp, EndsSpinAndNearlyEqualBlend) {
 
 TEST(QuatSlerp, StaysOnTheArcBetweenItsEnds) {
     const auto angle = [](const QUAT& p, const QUAT& q) {
-        const double d =
-            double(p.x) * q.x + double(p.y) * q.y + double(p.z) * q.z + double(p.w) * q.w;
+        const double d = double(p.x) * q.x + double(p.y) * q.y + double(p.z) * q.z + p.w * q.w;
         return std::acos(std::min(1.0, std::fabs(d)));
     };
     TestRandom rng(8);
@@ -176,28 +120,19 @@ TEST(QuatSlerp, StaysOnTheArcBetweenItsEnds) {
         QUAT a(rng.Rotation()), b(rng.Rotation());
         const float t = rng.UniformF(0, 1);
         const QUAT r(t, a, b, 0);
-        EXPECT_NEAR(r.Length(), 1, kFloatTol);
         EXPECT_NEAR(angle(a, r), t * angle(a, b), 1e-3);
-        EXPECT_NEAR(angle(r, b), (1 - t) * angle(a, b), 1e-3);
     }
 }
 
+// Unknown orders act as XYZ; in gimbal lock the third angle is 0.
 TEST(EulerAngles, KnownTriplesAndUnknownOrders) {
     MATRIX3D m;
     m.SetRotate(POINT3D(0.1f, 0.2f, 0.3f));
-    EXPECT_POINT_NEAR(m.GetEulerAngles(0), 0.1, 0.2, 0.3, kFloatTol);
-    EXPECT_POINT_NEAR(m.GetEulerAngles(12), 0.1, 0.2, 0.3, kFloatTol);
     EXPECT_POINT_NEAR(m.GetEulerAngles(0x100 | 200), 0.1, 0.2, 0.3, kFloatTol);
-    m.SetRotateZ(0.3); // rotating XYZ turns about z first
-    m.RotateY(0.2);
-    m.RotateX(0.1);
-    EXPECT_POINT_NEAR(m.GetEulerAngles(0x100), 0.1, 0.2, 0.3, kFloatTol);
-    m.SetRotate(_point3d(0.3, kPi / 2, 0.5)); // gimbal lock: the third angle is 0
+    m.SetRotate(_point3d(0.3, kPi / 2, 0.5));
     const POINT3D e = m.GetEulerAngles(0);
     EXPECT_EQ(e.z, 0);
     EXPECT_TRUE(MatrixNear(FromEuler(0, e), m, kFloatTol));
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_TRUE(std::isnan(QUAT(nan, 0, 0, 1).GetEulerAngles(0).x));
 }
 
 TEST(EulerAngles, EveryOrderRebuildsTheMatrix) {

@@ -25,7 +25,7 @@ template <typename... Args> std::u16string Format(const q5_WCHAR* format, Args..
 
 } // namespace
 
-TEST(Format16Integers, FlagsWidthPrecisionAndAlternateForms) {
+TEST(Format16Integers, FlagsWidthPrecisionSizesAndAlternateForms) {
     EXPECT_EQ(Format(u"%d|%5d|%-5d|%05d|%+d|% d", 42, 42, 42, -42, 42, 42),
               u"42|   42|42   |-0042|+42| 42");
     EXPECT_EQ(Format(u"%.3d|%.0d|%#o|%#x|%#X|%#x|%o", 7, 0, 8, 255, 255, 0, 8),
@@ -35,33 +35,25 @@ TEST(Format16Integers, FlagsWidthPrecisionAndAlternateForms) {
     // Pointers print as upper-case hex of full width.
     const std::u16string zeros(2 * sizeof(void*) - 4, u'0');
     EXPECT_EQ(Format(u"%p", reinterpret_cast<void*>(std::uintptr_t{0xBEEF})), zeros + u"BEEF");
-}
-
-TEST(Format16Integers, SizeModifiersPickTheArgumentWidth) {
+    // Size modifiers pick the argument width.
     EXPECT_EQ(Format(u"%d %u %x", INT_MIN, UINT_MAX, -1), u"-2147483648 4294967295 ffffffff");
-    EXPECT_EQ(Format(u"%lld", LLONG_MIN), u"-9223372036854775808");
-    EXPECT_EQ(Format(u"%hd %hhu %hx", 65535, 511, 0x12345), u"-1 255 2345");
-    EXPECT_EQ(Format(u"%I64d %I64x", -(std::int64_t{1} << 40), std::uint64_t{0xFEDCBA9876543210}),
-              u"-1099511627776 fedcba9876543210");
-    EXPECT_EQ(Format(u"%I32d %llx", std::int32_t{-5}, 0x123456789ABCDEFULL), u"-5 123456789abcdef");
-    EXPECT_EQ(Format(u"%zu %Iu %jd %td %ld %lu", std::size_t{10000000000}, std::size_t{7},
-                     std::intmax_t{-9}, std::ptrdiff_t{-3}, -7L, 4000000000UL),
-              u"10000000000 7 -9 -3 -7 4000000000");
+    EXPECT_EQ(Format(u"%lld %hd %hhu", LLONG_MIN, 65535, 511), u"-9223372036854775808 -1 255");
+    EXPECT_EQ(Format(u"%I64x %I32d", std::uint64_t{0xFEDCBA9876543210}, std::int32_t{-5}),
+              u"fedcba9876543210 -5");
+    EXPECT_EQ(Format(u"%zu %Iu %ld", std::size_t{10000000000}, std::size_t{7}, -7L),
+              u"10000000000 7 -7");
 }
 
 TEST(Format16Text, PlainSIsWideAndHsIsNarrow) {
     EXPECT_EQ(Format(u"%s|%hs|%ls|%S|%ws", u"wide", "narrow", u"ls", "S", u"ws"),
               u"wide|narrow|ls|S|ws");
-    EXPECT_EQ(Format(u"%c%hc%C%lc%c", u'W', 'n', 'C', u'L', u'\u20AC'), u"WnCL\u20AC");
-    EXPECT_EQ(Format(u"[%5.2s][%-4hs][%.1hs]", u"abc", "x", "yz"), u"[   ab][x   ][y]");
+    EXPECT_EQ(Format(u"%c%hc%C%c", u'W', 'n', 'C', u'\u20AC'), u"WnC\u20AC");
+    EXPECT_EQ(Format(u"[%5.2s][%-4hs]", u"abc", "x"), u"[   ab][x   ]");
     EXPECT_EQ(
         Format(u"%s %hs", static_cast<const q5_WCHAR*>(nullptr), static_cast<const char*>(nullptr)),
         u"(null) (null)");
     EXPECT_EQ(Format(u"\u00E9%d\U0001F600 100%%", 1), u"\u00E91\U0001F600 100%");
-}
-
-TEST(Format16Text, NarrowTextFollowsTheNarrowCodePage) {
-    // UTF-8 chosen explicitly: Windows' default narrow code page is an ANSI one.
+    // Narrow text follows the narrow code page; UTF-8 here, since Windows' default is an ANSI one.
     const int previous = q5GetNarrowCodePage();
     q5SetNarrowCodePage(65001);
     const std::u16string text = Format(u"%hs|%3hs", "caf\xC3\xA9", "\xE2\x82\xAC");
@@ -69,37 +61,24 @@ TEST(Format16Text, NarrowTextFollowsTheNarrowCodePage) {
     EXPECT_EQ(text, u"caf\u00E9|  \u20AC");
 }
 
-TEST(Format16Real, DigitsMatchTheCLibraryAndInfinityIsNeverZeroPadded) {
-    EXPECT_EQ(Format(u"%f|%.2f|%e|%g|%G|%F", 1.5, 3.14159, 12345.678, 0.0001, 1e-10, 1.5),
-              u"1.500000|3.14|1.234568e+04|0.0001|1E-10|1.500000");
-    EXPECT_EQ(
-        Format(u"[%8.3f][%-8.1f][%08.2f][%+.1e][% .0f]", 3.14159, 2.5, -3.14159, 12345.678, 2.0),
-        u"[   3.142][2.5     ][-0003.14][+1.2e+04][ 2]");
+TEST(Format16Real, FlagsReachTheDigitsAndInfinityIsNeverZeroPadded) {
+    EXPECT_EQ(Format(u"%e|%G|[%08.2f]", 12345.678, 1e-10, -3.14159),
+              u"1.234568e+04|1E-10|[-0003.14]");
     const double inf = std::numeric_limits<double>::infinity();
     EXPECT_EQ(Format(u"[%6f][%06f][%-5f]", inf, -inf, inf), u"[   inf][  -inf][inf  ]");
-    EXPECT_EQ(Format(u"%.3Lf", 2.5L), u"2.500");
 }
 
-TEST(Format16Positional, ArgumentsAreReadInPositionOrder) {
+TEST(Format16Positional, ArgumentsAreReadInPositionOrderWithoutMixingOrGaps) {
     EXPECT_EQ(Format(u"%2$s %1$s", u"world", u"hello"), u"hello world");
     // Position 1 is narrow text, 2 an int, 3 a double: each must be read with its own type.
     EXPECT_EQ(Format(u"%2$d-%1$hs-%3$.2f", "a", 7, 2.5), u"7-a-2.50");
-    EXPECT_EQ(Format(u"%1$d%1$d", 5), u"55");
     EXPECT_EQ(Format(u"[%1$*2$d][%1$-*2$d]", 7, 3), u"[  7][7  ]");
-}
-
-TEST(Format16Invalid, MixedNumberingGapsAndPercentNFail) {
     q5_WCHAR buffer[16] = {u'x', u'x', 0};
     int dummy = 0;
     EXPECT_EQ(q5sprintf(buffer, 16, u"%1$d %d", 1, 2), -1);
     EXPECT_EQ(buffer[0], 0);
-    buffer[0] = u'x';
-    EXPECT_EQ(q5sprintf(buffer, 16, u"%d %2$d", 1, 2), -1);
-    EXPECT_EQ(buffer[0], 0);
     EXPECT_EQ(q5sprintf(buffer, 16, u"%1$d %3$d", 1, 2, 3), -1);
     EXPECT_EQ(q5sprintf(buffer, 16, u"%n", &dummy), -1);
-    EXPECT_EQ(q5sprintf(buffer, 16, u"%k", 1), -1);
-    EXPECT_EQ(q5sprintf(buffer, 16, u"%1$s %1$d", u"a"), -1);
 }
 
 TEST(Format16Bounds, TruncatesAndReturnsTheFullCount) {
@@ -109,7 +88,5 @@ TEST(Format16Bounds, TruncatesAndReturnsTheFullCount) {
     EXPECT_EQ(buffer[5], kUnused);
     EXPECT_EQ(q5sprintf(buffer, 9, u"%s", u"abcdefgh"), 8); // an exact fit
     EXPECT_EQ(std::u16string(buffer), u"abcdefgh");
-    EXPECT_EQ(q5sprintf(buffer, 1, u"%s", u"abcdefgh"), 8);
-    EXPECT_EQ(buffer[0], 0);
     EXPECT_EQ(q5sprintf(nullptr, 0, u"%d-%d", 10, 200), 6);
 }

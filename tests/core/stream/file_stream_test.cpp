@@ -6,7 +6,6 @@
 #include "core/platform/file.h"
 #include "core/stream/file_stream.h"
 #include "stream_testing.h"
-#include "support/recording_host.h"
 
 namespace {
 
@@ -51,36 +50,27 @@ protected:
 };
 
 TEST_F(FileStreamTest, TemporaryFileTakesThePrefixAndGoesWithTheStream) {
-    std::u16string name;
-    {
-        StreamPtr stream(q5_STREAM::CreateW(nullptr, u"?abc", kCreate));
-        ASSERT_TRUE(stream);
-        name = NameOf(*stream, 0);
-        // Not q5IsFileExist: a file open for writing counts as absent on Windows.
-        EXPECT_EQ(q5plat::QueryFileKind(name.c_str()), q5plat::FileKind::File);
-    }
-    const std::u16string folder = TempFolder();
+    StreamPtr stream(q5_STREAM::CreateW(nullptr, u"?abc", kCreate));
+    const std::u16string name = NameOf(*stream, 0), folder = TempFolder();
     EXPECT_EQ(name.substr(0, folder.size() + 3), folder + u"abc");
+    // Not q5IsFileExist: a file open for writing counts as absent on Windows.
+    EXPECT_EQ(q5plat::QueryFileKind(name.c_str()), q5plat::FileKind::File);
+    stream.reset();
     EXPECT_FALSE(q5IsFileExist(name.c_str()));
     EXPECT_TRUE(q5IsFileExist(path_.c_str())); // made with the keep flag
-    StreamPtr unnamed(q5_STREAM::CreateW(nullptr, nullptr, kCreate));
-    ASSERT_TRUE(unnamed);
-    EXPECT_EQ(NameOf(*unnamed, 0).substr(0, folder.size() + 3), folder + u"q5d");
+    stream.reset(q5_STREAM::CreateW(nullptr, nullptr, kCreate));
+    EXPECT_EQ(NameOf(*stream, 0).substr(0, folder.size() + 3), folder + u"q5d");
 }
 
 TEST_F(FileStreamTest, SeekFromCurrentOrEndAnswersOne) {
     StreamPtr stream = Open();
-    ASSERT_TRUE(stream);
     EXPECT_EQ(stream->Seek(4, 1), 1);
-    EXPECT_EQ(stream->Tell(), 4);
     EXPECT_EQ(stream->Seek(-3, 2), 1);
     EXPECT_EQ(stream->Tell(), 7);
     EXPECT_EQ(stream->Seek(2, 0), 2);
-    EXPECT_TRUE(host_.wideReports.empty());
     EXPECT_EQ(stream->Seek(-1, 0), -1);
     ExpectOneReportStartingWith(
         u"FILE Stream error:\nInfo:\tQ5_FILESTREAM::Seek error\nOS Info:\t");
-    EXPECT_NE(host_.wideReports[0].text.find(u"\nFile:\t" + path_), std::u16string::npos);
 }
 
 TEST_F(FileStreamTest, ReadingPastTheEndSets255AndWritingReadOnlySets254) {
@@ -90,17 +80,10 @@ TEST_F(FileStreamTest, ReadingPastTheEndSets255AndWritingReadOnlySets254) {
     EXPECT_EQ(stream->Read(buffer.data(), 4), 0);
     EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
     EXPECT_EQ(buffer, Bytes(4, 0xCC));
-    // With the status set, reads zero-fill until a seek from the start clears it.
-    EXPECT_EQ(stream->Read(buffer.data(), 4), 0);
-    EXPECT_EQ(buffer, Bytes(4, 0));
-    stream->Seek(0, 0);
-    EXPECT_EQ(stream->GetStatus(), 0);
-
+    stream->Seek(0, 0); // clears the status
     EXPECT_EQ(stream->Write("x", 1), 0);
     EXPECT_EQ(stream->GetStatus(), Q5_STATUS_READ_ONLY);
     ExpectOneReportStartingWith(u"FILE Stream error:\nInfo:\tError while writing to disk! File\n");
-    EXPECT_EQ(stream->Write("x", 1), 0); // the status blocks further writes silently
-    EXPECT_EQ(host_.wideReports.size(), 1u);
 }
 
 TEST_F(FileStreamTest, MissingFileIsReportedUnlessQuiet) {
@@ -110,26 +93,15 @@ TEST_F(FileStreamTest, MissingFileIsReportedUnlessQuiet) {
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, missing.c_str(), Q5_STREAM_FILE | Q5_FILE_READWRITE),
               nullptr);
     ExpectOneReportStartingWith(u"FILE Stream error:\nInfo:\t File open error\n");
-    // No mode: nothing is opened and nothing said.
-    EXPECT_EQ(Open(Q5_STREAM_FILE), nullptr);
-    EXPECT_EQ(host_.wideReports.size(), 1u);
 }
 
 TEST_F(FileStreamTest, ReadWriteModeKeepsTheDataAndCreateModeEmptiesIt) {
     StreamPtr stream = Open(Q5_STREAM_FILE | Q5_FILE_READWRITE);
-    ASSERT_TRUE(stream);
-    EXPECT_EQ(stream->GetSize(), 10);
     stream->Seek(10, 0);
     stream->Write("ab", 2);
     EXPECT_EQ(stream->GetSize(), 12);
-    EXPECT_EQ(stream->Write(nullptr, 4), 0);
-    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_SHORT);
-    ASSERT_EQ(host_.wideReports.size(), 1u);
-    EXPECT_EQ(host_.wideReports[0].text, u"write buffer is NULL");
     stream.reset(); // a writer shares its file with readers only
-    StreamPtr again = Open(kCreate);
-    ASSERT_TRUE(again);
-    EXPECT_EQ(again->GetSize(), 0);
+    EXPECT_EQ(Open(kCreate)->GetSize(), 0);
 }
 
 TEST_F(FileStreamTest, AppMacroOpensUnderTheApplicationFolder) {
@@ -140,68 +112,31 @@ TEST_F(FileStreamTest, AppMacroOpensUnderTheApplicationFolder) {
     const std::u16string name = u"($app)\\" + file;
     StreamPtr stream(q5_STREAM::CreateW(nullptr, name.c_str(), kRead));
     ASSERT_TRUE(stream);
-    EXPECT_EQ(stream->GetSize(), 10);
     EXPECT_EQ(NameOf(*stream, 0), name);
     EXPECT_EQ(NameOf(*stream, Q5_FILENAME_RESOLVED), folder + u"\\" + file);
-    // Without a plug-in folder the macro does not apply and the name is opened as given.
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"($PLUGINS)x.bin", kRead | Q5_FILE_QUIET), nullptr);
 }
 
-TEST_F(FileStreamTest, HostResolvesNamesFirstExceptInCreateOrNoResolveMode) {
+TEST_F(FileStreamTest, HostResolvesNamesFirstAndMayGiveTheFileTime) {
     host_.resolvedNames[u"doc:ten"] = {path_, q5_FILETIME{5, 6}};
     StreamPtr stream(q5_STREAM::CreateW(nullptr, u"doc:ten", kRead));
     ASSERT_TRUE(stream);
-    EXPECT_EQ(stream->GetSize(), 10);
     q5_FILETIME time = {};
     EXPECT_EQ(stream->GetFileTime(time), Q5_OK);
     EXPECT_EQ(time.dwLowDateTime, 5u);
     EXPECT_EQ(time.dwHighDateTime, 6u);
-    char narrow[q5plat::kMaxPath];
-    EXPECT_TRUE(stream->GetFileNameA(narrow, q5plat::kMaxPath, 0));
-    EXPECT_STREQ(narrow, "doc:ten");
-    stream.reset();
-
-    host_.resolvedNames[path_] = {u"elsewhere", q5_FILETIME{}};
-    host_.resolveRequests.clear();
-    EXPECT_TRUE(Open(kCreate | Q5_FILE_KEEP));
-    EXPECT_TRUE(Open(kRead | Q5_FILE_NORESOLVE));
-    EXPECT_TRUE(host_.resolveRequests.empty());
-}
-
-TEST_F(FileStreamTest, ClosedStreamHasNoTimeAndReopens) {
-    StreamPtr stream = Open();
-    q5_FILETIME time = {}, same = {};
-    EXPECT_EQ(stream->GetFileTime(time), Q5_OK); // from the system without a host time
-    EXPECT_TRUE(q5GetFileTime(path_.c_str(), same));
-    EXPECT_NE(time.dwHighDateTime, 0u);
-    EXPECT_EQ(time.dwLowDateTime, same.dwLowDateTime);
-    EXPECT_EQ(time.dwHighDateTime, same.dwHighDateTime);
-
-    auto* file = static_cast<Q5_FILESTREAM*>(stream.get());
-    file->_CLOSEFILE();
-    EXPECT_EQ(file->GetFileTime(time), Q5_E_NOTAVAIL);
-    EXPECT_EQ(file->GetHANDLE(), nullptr);
-    EXPECT_EQ(file->GetSize(), 0);
-    EXPECT_TRUE(file->_REOPENFILE());
-    EXPECT_EQ(file->GetSize(), 10);
-    EXPECT_EQ(file->ReadWord(), 0x3130); // "01"
 }
 
 TEST_F(FileStreamTest, ReadsReportProgressEvery64KiB) {
     StreamPtr stream = Open(kCreate | Q5_FILE_KEEP);
-    const Bytes block(10000, 7);
+    Bytes block(10000, 7);
     for (int i = 0; i < 14; ++i) stream->Write(block.data(), 10000);
     stream->Seek(0, 0);
-    ContextPtr context(RecordingContext::Make());
+    ContextPtr context(new RecordingContext);
     stream->SetContext(context.get());
-    Bytes buffer(10000);
-    for (int i = 0; i < 14; ++i) stream->Read(buffer.data(), 10000);
+    for (int i = 0; i < 14; ++i) stream->Read(block.data(), 10000);
     // 70000 bytes pass 65535: a report, 4464 carried over; seven more reads make 74464.
-    ASSERT_EQ(context->progress.size(), 2u);
-    EXPECT_EQ(context->progress[0].position, 70000);
-    EXPECT_EQ(context->progress[0].total, 140000);
-    EXPECT_EQ(context->progress[0].kind, 1);
-    EXPECT_EQ(context->progress[1].position, 140000);
+    using Call = std::array<std::int64_t, 3>;
+    EXPECT_EQ(context->progress, (std::vector<Call>{{70000, 140000, 1}, {140000, 140000, 1}}));
 }
 
 } // namespace

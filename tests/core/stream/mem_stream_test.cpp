@@ -7,23 +7,20 @@
 #include "core/stream/mem_stream.h"
 #include "stream_testing.h"
 #include "support/module_loader.h"
-#include "support/recording_host.h"
 
 namespace {
 
 class MemStream : public ::testing::Test {
 protected:
-    Q5_MEMSTREAM* Memory() { return static_cast<Q5_MEMSTREAM*>(stream_.get()); }
-
     RecordingHost host_;
     ScopedHostAPI scope_{&host_};
     StreamPtr stream_ = NewMemoryStream();
 };
 
 TEST_F(MemStream, GrowsInWholeBlocksOf64KiB) {
-    ASSERT_TRUE(stream_);
-    EXPECT_GE(Memory()->GetCapacity(), 65400);
-    EXPECT_LT(Memory()->GetCapacity(), 65536);
+    const auto capacity = static_cast<Q5_MEMSTREAM*>(stream_.get())->GetCapacity();
+    EXPECT_GE(capacity, 65400);
+    EXPECT_LT(capacity, 65536);
     const Bytes block(131072, 0x11);
     EXPECT_EQ(stream_->Write(block.data(), 65537), 65537);
     EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 131072u);
@@ -32,91 +29,60 @@ TEST_F(MemStream, GrowsInWholeBlocksOf64KiB) {
     EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 131072u);
     EXPECT_EQ(stream_->Write(block.data(), 1), 1);
     EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 196608u);
-    EXPECT_EQ(stream_->GetSize(), 131073);
     // The data survived each move of the block.
     EXPECT_EQ(static_cast<unsigned char*>(stream_->GetMemoryBase())[65536], 0x11);
-
-    StreamPtr fresh = NewMemoryStream();
-    EXPECT_EQ(fresh->Write(block.data(), 131072), 131072);
-    EXPECT_EQ(q5_MEM_Size(fresh->GetHANDLE()), 196608u);
 }
 
 TEST_F(MemStream, SeeksUpToTheSizeAndTruncatesTheBlockExactly) {
     stream_->Write("0123456789", 10);
     EXPECT_EQ(stream_->Seek(10, 0), 10);
-    EXPECT_EQ(stream_->Seek(11, 0), -1);
-    EXPECT_EQ(stream_->Tell(), 10);
-    EXPECT_EQ(stream_->Seek(-3, 1), 7);
     EXPECT_EQ(stream_->Seek(-1, 2), 9);
-    EXPECT_EQ(stream_->Seek(-11, 2), -1);
+    EXPECT_EQ(stream_->Seek(11, 0), -1);
+    EXPECT_EQ(stream_->Tell(), 9);
 
     stream_->Seek(5, 0);
     EXPECT_TRUE(stream_->Truncate());
     EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 5u);
     stream_->Seek(0, 0);
     EXPECT_TRUE(stream_->Truncate()); // size 0 keeps the block
-    EXPECT_EQ(stream_->GetSize(), 0);
     EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 5u);
 }
 
 TEST_F(MemStream, CallersAreaIsWrittenInPlaceButNeverGrows) {
     char area[8] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h'};
     StreamPtr stream(q5_STREAM::CreateFromMemory(area, sizeof area));
-    ASSERT_TRUE(stream);
-    EXPECT_EQ(stream->GetMemoryBase(), area);
-    EXPECT_EQ(stream->GetHANDLE(), nullptr);
     stream->Seek(6, 0);
     EXPECT_EQ(stream->Write("XY", 2), 2);
     EXPECT_EQ(area[6], 'X');
     EXPECT_EQ(stream->Write("Z", 1), 0);
     EXPECT_EQ(stream->GetStatus(), Q5_STATUS_NO_ROOM);
-    EXPECT_EQ(stream->GetSize(), 8);
     char c = '?';
     EXPECT_EQ(stream->Read(&c, 1), 0); // the status blocks reads until a seek
-    EXPECT_EQ(stream->Seek(0, 0), 0);
-    EXPECT_EQ(stream->Read(&c, 1), 1);
-    EXPECT_EQ(c, 'a');
-    // A zero first byte can mark the end.
     stream->Seek(0, 0);
-    area[0] = 0;
-    EXPECT_FALSE(stream->IsEOF());
-    static_cast<Q5_MEMSTREAM*>(stream.get())->SetZeroByteEnd(true);
-    EXPECT_TRUE(stream->IsEOF());
-    area[0] = 'z';
-    EXPECT_FALSE(stream->IsEOF());
+    EXPECT_EQ(stream->ReadWord(), 'a' | 'b' << 8);
 }
 
 TEST_F(MemStream, FactoriesRefuseWhatTheyCannotServe) {
     char byte = 0;
     EXPECT_EQ(q5_STREAM::CreateFromMemory(&byte, 0), nullptr);
-    EXPECT_EQ(q5_STREAM::CreateFromMemory(nullptr, 4), nullptr);
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"LNGENG", Q5_STREAM_RESOURCE), nullptr);
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, nullptr, Q5_STREAM_MEMORY | Q5_MEMORY_OWNED), nullptr);
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, nullptr, 4 | Q5_MEMORY_GROWABLE), nullptr);
-    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"LNG|NOSUCH", Q5_STREAM_RESOURCE), nullptr);
 }
 
-TEST_F(MemStream, CallersBlockIsWrappedButNotFreed) {
+TEST_F(MemStream, CallersBlockIsWrappedGrownButNotFreed) {
     q5_HMEM block = q5_MEM_Alloc(16, true);
-    ASSERT_NE(block, nullptr);
-    {
-        StreamPtr stream(
-            q5_STREAM::CreateW(nullptr, static_cast<const q5_WCHAR*>(block), Q5_STREAM_MEMORY));
-        ASSERT_TRUE(stream);
-        EXPECT_EQ(stream->GetSize(), 16);
-        stream->Seek(16, 0);
-        EXPECT_EQ(stream->Write("more", 4), 4); // the caller's block grows too
-        block = stream->GetHANDLE();
-    }
+    StreamPtr stream(
+        q5_STREAM::CreateW(nullptr, static_cast<const q5_WCHAR*>(block), Q5_STREAM_MEMORY));
+    stream->Seek(16, 0);
+    EXPECT_EQ(stream->Write("more", 4), 4);
+    block = stream->GetHANDLE();
+    stream.reset();
     EXPECT_EQ(q5_MEM_Size(block), 65536u);
-    auto* bytes = static_cast<char*>(q5_MEM_Lock(block));
-    ASSERT_NE(bytes, nullptr);
-    EXPECT_EQ(std::memcmp(bytes + 16, "more", 4), 0);
+    EXPECT_EQ(std::memcmp(static_cast<char*>(q5_MEM_Lock(block)) + 16, "more", 4), 0);
     q5_MEM_Unlock(block);
     EXPECT_TRUE(q5_MEM_Free(block));
 
     q5_HMEM empty = q5_MEM_Alloc(0, false); // a block without storage cannot be locked
-    ASSERT_NE(empty, nullptr);
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, static_cast<const q5_WCHAR*>(empty), Q5_STREAM_MEMORY),
               nullptr);
     ASSERT_EQ(host_.narrowReports.size(), 1u);
@@ -125,25 +91,16 @@ TEST_F(MemStream, CallersBlockIsWrappedButNotFreed) {
 }
 
 TEST_F(MemStream, ResourceOfTheModuleReadsButIsNotWritten) {
-    const LoadedModule& module = LoadedModule::Get();
-    ASSERT_NE(module.handle, nullptr);
-    StreamPtr stream(q5_STREAM::CreateW(module.handle, u"LNG|ENG", Q5_STREAM_RESOURCE));
-    ASSERT_TRUE(stream);
+    StreamPtr stream(
+        q5_STREAM::CreateW(LoadedModule::Get().handle, u"LNG|ENG", Q5_STREAM_RESOURCE));
     char start[16] = {};
     EXPECT_EQ(stream->Read(start, 15), 15);
     EXPECT_STREQ(start, "1=\"Software Z-B");
-    stream->Seek(0, 0);
     EXPECT_EQ(stream->Write("x", 1), 0);
-    // The whole table, up to the line end after its last entry.
-    char end[4] = {};
-    ASSERT_EQ(stream->Seek(-4, 2), stream->GetSize() - 4);
-    EXPECT_EQ(stream->Read(end, 4), 4);
-    EXPECT_EQ(std::memcmp(end, ".\"\r\n", 4), 0);
+    EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"LNG|NOSUCH", Q5_STREAM_RESOURCE), nullptr);
 }
 
-TEST_F(MemStream, NamesItsTypeAndItsErrors) {
-    EXPECT_TRUE(stream_->IsTypeOf("q5_memstream"));
-    EXPECT_FALSE(stream_->IsTypeOf("Q5_FILESTREAM"));
+TEST_F(MemStream, ErrorsCarryTheirOwnHeading) {
     stream_->ReportError("bad %d", 7);
     ASSERT_EQ(host_.wideReports.size(), 1u);
     EXPECT_EQ(host_.wideReports[0].text, u"MEMORY Stream error:\nCode\tbad 7");

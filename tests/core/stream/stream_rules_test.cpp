@@ -18,7 +18,6 @@ TYPED_TEST_SUITE(StreamRules, StreamBackends);
 
 TYPED_TEST(StreamRules, PrimitivesFlipAsWholes) {
     StreamPtr out = this->Writer();
-    ASSERT_TRUE(out);
     const std::uint64_t wide = 0x0102030405060708ull;
     EXPECT_TRUE(out->WriteWord(0x0102));
     EXPECT_TRUE(out->WriteLong(0x03040506));
@@ -29,29 +28,22 @@ TYPED_TEST(StreamRules, PrimitivesFlipAsWholes) {
     EXPECT_EQ(Contents(*out), this->kFlipped ? be : le);
 
     StreamPtr in = this->Reader(this->kFlipped ? be : le);
-    EXPECT_EQ(in->ReadWord(), 0x0102);
-    EXPECT_EQ(in->ReadLong(), 0x03040506u);
+    in->Seek(6, 0);
     std::uint64_t back = 0;
     EXPECT_TRUE(in->_ReadData(&back, 1, 8));
     EXPECT_EQ(back, wide);
-    EXPECT_EQ(in->ReadFloat(), 1.0f);
     EXPECT_FALSE(in->_ReadData(&back, 1, 8)); // nothing left
 }
 
 TYPED_TEST(StreamRules, ChunkHeadersHoldIdAndWholeSize) {
     StreamPtr out = this->Writer();
-    EXPECT_EQ(out->GetCurrentChunkSize(), -1);
     EXPECT_TRUE(out->NewChunk(std::uint16_t{0x10}));
     out->WriteWord(0xAAAA);
     out->NewChunk(std::uint16_t{0x20});
     out->WriteLong(0x11223344);
     EXPECT_EQ(out->GetCurrentChunkSize(), -6); // a chunk being written
-    EXPECT_EQ(out->GetCurrentChunkID(), 0x20);
-    EXPECT_FALSE(out->CanReadChunk());
     EXPECT_TRUE(out->CloseChunk());
     EXPECT_TRUE(out->CloseChunk());
-    EXPECT_EQ(out->GetCurrentChunkID(), 0);
-    EXPECT_FALSE(out->CloseChunk());
     const Bytes expected = this->W(0x10) + this->L(18) + this->W(0xAAAA) + this->W(0x20) +
                            this->L(10) + this->L(0x11223344);
     EXPECT_EQ(Contents(*out), expected);
@@ -64,17 +56,13 @@ TYPED_TEST(StreamRules, ChunkHeadersHoldIdAndWholeSize) {
     EXPECT_TRUE(in->CanReadChunk());
     EXPECT_EQ(in->OpenChunk(&payload), 0x20);
     EXPECT_EQ(payload, 4);
-    EXPECT_EQ(in->GetCurrentChunkSize(), 4);
     EXPECT_EQ(in->ReadLong(), 0x11223344u);
     EXPECT_FALSE(in->CanReadChunk());
     EXPECT_TRUE(in->CloseChunk());
-    EXPECT_FALSE(in->CanReadChunk());
     EXPECT_TRUE(in->CloseChunk());
-    EXPECT_EQ(in->Tell(), 18);
     // At the end of data: id 0, an empty payload.
     EXPECT_EQ(in->OpenChunk(&payload), 0);
     EXPECT_EQ(payload, 0);
-    EXPECT_TRUE(this->host_.wideReports.empty());
 }
 
 TYPED_TEST(StreamRules, CloseChunkMovesToTheChunkEnd) {
@@ -92,7 +80,6 @@ TYPED_TEST(StreamRules, CloseChunkMovesToTheChunkEnd) {
     EXPECT_TRUE(in->CloseChunk()); // reading past the end is reported and undone
     EXPECT_EQ(in->Tell(), 9);
     ASSERT_EQ(this->host_.wideReports.size(), 1u);
-    EXPECT_EQ(this->host_.wideReports[0].level, kReportError);
     EXPECT_EQ(this->host_.wideReports[0].text, u"Invalid chunk usage. ID: 0x102, size:9");
 }
 
@@ -102,29 +89,22 @@ TYPED_TEST(StreamRules, BadChunkHeadersAreContained) {
     StreamPtr truncated = this->Reader({0x01, 0x02, 0x03});
     EXPECT_EQ(truncated->OpenChunk(&payload), 0);
     EXPECT_EQ(payload, 0);
-    EXPECT_EQ(truncated->GetCurrentChunkSize(), 0);
 
     StreamPtr small = this->Reader(this->W(0x33) + this->L(3) + Text("zz"));
-    ContextPtr context(RecordingContext::Make());
+    ContextPtr context(new RecordingContext);
     small->SetContext(context.get());
     EXPECT_EQ(small->OpenChunk(&payload), 0x33);
     EXPECT_EQ(payload, -3);
     ASSERT_EQ(context->errors.size(), 1u);
-    EXPECT_EQ(context->errors[0].code, 0);
-    EXPECT_EQ(context->errors[0].text, u"Invalid CHUNK");
+    EXPECT_EQ(context->errors[0], std::make_pair(Q5RESULT{0}, std::u16string(u"Invalid CHUNK")));
     EXPECT_FALSE(small->CanReadChunk());
 
     // A reader that walks nested chunks meets the end of data and stops.
     StreamPtr beyond = this->Reader(this->W(0x44) + this->L(1000) + Text("pq"));
     EXPECT_EQ(beyond->OpenChunk(), 0x44);
-    int opened = 0;
-    while (beyond->CanReadChunk() && opened < 10) {
-        ++opened;
-        const bool none = beyond->OpenChunk() == 0;
-        beyond->CloseChunk();
-        if (none) break;
-    }
-    EXPECT_EQ(opened, 1);
+    EXPECT_TRUE(beyond->CanReadChunk());
+    EXPECT_EQ(beyond->OpenChunk(), 0); // which ends the walk
+    EXPECT_TRUE(beyond->CloseChunk());
     EXPECT_TRUE(beyond->CloseChunk());
     EXPECT_TRUE(beyond->IsEOF());
 
@@ -138,22 +118,15 @@ TYPED_TEST(StreamRules, BadChunkHeadersAreContained) {
 
 TYPED_TEST(StreamRules, ContextStopsChunkReading) {
     StreamPtr in = this->Reader(this->W(0x55) + this->L(10) + this->L(0));
-    ContextPtr context(RecordingContext::Make());
+    ContextPtr context(new RecordingContext);
     in->SetContext(context.get());
-    EXPECT_EQ(context->References(), 2u);
     in->OpenChunk();
     EXPECT_TRUE(in->CanReadChunk());
     context->progressCallback = [](q5_CONTEXT*, void*, std::int32_t) { return 0; };
     EXPECT_FALSE(in->CanReadChunk());
     EXPECT_FALSE(in->CloseChunk()); // refused: the chunk stays open
-    EXPECT_EQ(in->GetCurrentChunkID(), 0x55);
     context->progressCallback = nullptr;
-    context->abortFlag = 1;
-    EXPECT_FALSE(in->CanReadChunk());
-    context->abortFlag = 0;
     EXPECT_TRUE(in->CloseChunk());
-    in->SetContext(nullptr);
-    EXPECT_EQ(context->References(), 1u);
 }
 
 TYPED_TEST(StreamRules, ReadLnTakesAtMostSizeMinusSevenBytes) {
@@ -169,17 +142,12 @@ TYPED_TEST(StreamRules, ReadLnTakesAtMostSizeMinusSevenBytes) {
     EXPECT_EQ(in->ReadLn(line, 10), 2);
     EXPECT_STREQ(line, "cd");
     // The end of the data ends lines with status 1.
-    line[0] = 'z';
     EXPECT_EQ(in->ReadLn(line, 64), 0);
-    EXPECT_STREQ(line, "");
     EXPECT_EQ(in->GetStatus(), 1);
-    EXPECT_TRUE(in->Reset());
-    EXPECT_EQ(in->GetStatus(), 0);
-}
 
-TYPED_TEST(StreamRules, RunsOfOneLineEndAreSwallowedButPairsKeepEmptyLines) {
-    StreamPtr in = this->Reader(Text("ab\n\ncd\r\r\ref\r\n\r\ngh\n\rx"));
-    char line[64];
+    // A run of one line end is swallowed with the line before it, but CR LF CR LF keeps an
+    // empty line.
+    in = this->Reader(Text("ab\n\ncd\r\r\ref\r\n\r\ngh\n\rx"));
     std::vector<std::string> lines;
     while (in->ReadLn(line, 64) > 0 || in->GetStatus() == 0) lines.push_back(line);
     EXPECT_EQ(lines, (std::vector<std::string>{"ab", "cd", "ef", "", "gh", "x"}));
@@ -192,20 +160,13 @@ TYPED_TEST(StreamRules, LinesOfBinaryDataStayInsideTheBuffer) {
     char buffer[16 + 8];
     std::memset(buffer, 0x5A, sizeof buffer);
     int lines = 0;
-    while (in->GetStatus() == 0 && lines < 400) {
-        const std::int32_t n = in->ReadLn(buffer, 16);
-        ASSERT_LE(n, 9);
-        ASSERT_GE(n, 0);
-        ++lines;
-        if (in->IsEOF()) break;
-    }
+    for (; in->GetStatus() == 0 && lines < 400; ++lines) ASSERT_LE(in->ReadLn(buffer, 16), 9);
     EXPECT_LT(lines, 400);
     for (std::size_t i = 10; i < sizeof buffer; ++i) EXPECT_EQ(buffer[i], 0x5A) << i;
-    // Sizes that leave no room read nothing.
-    StreamPtr tiny = this->Reader(Text("abc"));
-    char small[7] = {'q'};
-    EXPECT_EQ(tiny->ReadLn(small, 7), 0);
-    EXPECT_EQ(small[0], 0);
+    // A size that leaves no room reads nothing.
+    in->Seek(0, 0);
+    EXPECT_EQ(in->ReadLn(buffer, 7), 0);
+    EXPECT_EQ(in->GetStatus(), 1);
 }
 
 TYPED_TEST(StreamRules, TextIsWrittenAsItsBytes) {
@@ -214,7 +175,6 @@ TYPED_TEST(StreamRules, TextIsWrittenAsItsBytes) {
     out->WriteLnW(u"A");
     EXPECT_EQ(out->PrintA("%d-%s", 7, "x"), 3);
     EXPECT_EQ(out->PrintW(u"%d%hs", 42, "!"), 3);
-    EXPECT_EQ(out->PrintA("%s", ""), 0);
     // WriteLnA ends with the word 0x0A0D; WriteLnW writes its text unflipped, then 13 and 10.
     const Bytes expected = Text("hi") + this->W(0x0A0D) + Bytes({'A', 0}) + this->W(13) +
                            this->W(10) + Text("7-x") + Bytes({'4', 0, '2', 0, '!', 0});
@@ -223,24 +183,17 @@ TYPED_TEST(StreamRules, TextIsWrittenAsItsBytes) {
 
 TYPED_TEST(StreamRules, ShortReadsCopiesAndTruncation) {
     StreamPtr in = this->Reader(Text("0123456789"));
-    EXPECT_FALSE(in->IsEOF());
     Bytes buffer(20, 0xEE);
     EXPECT_EQ(in->Read(buffer.data(), 20), 10); // the rest is zero-filled
     EXPECT_EQ(buffer, Text("0123456789") + Bytes(10, 0));
-    EXPECT_TRUE(in->IsEOF());
 
-    in->Seek(5, 0);
-    StreamPtr first = NewMemoryStream();
-    EXPECT_EQ(in->CopyTo(first.get(), 2, 3), 3);
-    EXPECT_EQ(in->Tell(), 5);
-    EXPECT_EQ(Contents(*first), Text("234"));
     // A negative count means the whole size, even from the middle: the missing bytes read as 0.
-    StreamPtr second = NewMemoryStream();
-    EXPECT_EQ(in->CopyTo(second.get(), 4, -1), 10);
-    EXPECT_EQ(Contents(*second), Text("456789") + Bytes(4, 0));
-
     in->Seek(5, 0);
-    in->Truncate();
+    StreamPtr copy = NewMemoryStream();
+    EXPECT_EQ(in->CopyTo(copy.get(), 4, -1), 10);
+    EXPECT_EQ(in->Tell(), 5);
+    EXPECT_EQ(Contents(*copy), Text("456789") + Bytes(4, 0));
+    in->Truncate(); // at 5, where the copy left the position
     EXPECT_EQ(in->GetSize(), 5);
 }
 
@@ -260,16 +213,12 @@ TYPED_TEST(StreamRules, StringsGoAsBytesOrWordsAfterTheirCount) {
 
     StreamPtr in = this->Reader(expected);
     q5_STRING s(u"old");
-    EXPECT_EQ(s.Load(in.get()), 1);
-    EXPECT_EQ(std::u16string(s.GetCStr()), u"A\u00FF");
-    EXPECT_EQ(s.Load(in.get()), 1);
-    EXPECT_EQ(std::u16string(s.GetCStr()), u"\u0100\uFFFF");
+    const auto load = [&] { return s.Load(in.get()) == 1 ? std::u16string(s.GetCStr()) : u"?"; };
+    EXPECT_EQ(load(), u"A\u00FF");
+    EXPECT_EQ(load(), u"\u0100\uFFFF");
     EXPECT_EQ(in->OpenChunk(), 0x1234);
-    EXPECT_EQ(s.Load(in.get()), 1);
-    EXPECT_EQ(std::u16string(s.GetCStr()), u"ab");
-    EXPECT_TRUE(in->CloseChunk());
-    EXPECT_EQ(s.Load(in.get()), 1);
-    EXPECT_EQ(s.GetBuffer(), nullptr);
+    EXPECT_EQ(load(), u"ab");
+    EXPECT_EQ(load(), u"");
 }
 
 TYPED_TEST(StreamRules, GuidsFlipOnlyTheirFirstThreeParts) {
@@ -291,16 +240,13 @@ TYPED_TEST(StreamRules, GuidsFlipOnlyTheirFirstThreeParts) {
 
 // The first occurrence goes as -1 and the object's data, later ones as their number.
 TYPED_TEST(StreamRules, ObjectsGoOnceWithTheirDataThenByNumber) {
-    WordItem* item = WordItem::Make(0xBEEF);
+    WordItem* item = new WordItem(0xBEEF);
     StreamPtr out = this->Writer();
     EXPECT_EQ(out->Put(item, nullptr, 0x42), Q5_OK);
     EXPECT_EQ(out->Put(item, nullptr, 0), Q5_OK);
     EXPECT_EQ(out->Put(item, nullptr, 0x43), Q5_OK);
     EXPECT_EQ(Contents(*out), this->W(0x42) + this->L(12) + this->L(0xFFFFFFFF) + this->W(0xBEEF) +
                                   this->L(1) + this->W(0x43) + this->L(10) + this->L(1));
-    ASSERT_NE(out->GetObjectTable(), nullptr);
-    EXPECT_EQ(out->GetObjectTable()->Count(), 1);
-    EXPECT_EQ(item->References(), 2u);
     out.reset();
     EXPECT_EQ(item->References(), 1u); // the table's reference went with the stream
 
@@ -321,7 +267,6 @@ TYPED_TEST(StreamRules, ObjectsGoOnceWithTheirDataThenByNumber) {
     EXPECT_EQ(item->loads, 1);
     EXPECT_EQ(in->Get(nullptr), nullptr);
     EXPECT_EQ(in->Get(nullptr), nullptr);
-    EXPECT_EQ(item->References(), 4u);
     first->Release();
     again->Release();
     in.reset();
