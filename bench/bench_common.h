@@ -5,6 +5,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
+#include <string>
+#include <utility>
 
 #include "bench/osmesa_peer.h"
 #include "bench/workloads.h"
@@ -40,6 +42,21 @@ inline void PeerMesh(benchmark::State& state, bool cull) {
     for (auto _ : state) peer->DrawMesh(MeshSet(), cull);
     MeshCounters(state);
     state.counters["written%"] = peer->WrittenPercent();
+}
+
+// Registers a whole-frame benchmark: wall-clock time in milliseconds.
+template <typename... Args> void Frame(const std::string& name, Args&&... args) {
+    benchmark::RegisterBenchmark(name.c_str(), std::forward<Args>(args)...)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
+}
+
+inline int RunRegistered(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
 }
 
 // llvmpipe with one rasterizer thread; must run before any GL context exists.

@@ -191,24 +191,10 @@ void MeshPipeline(benchmark::State& state, bool cull) {
 int main(int argc, char** argv) {
     // The peer runs with one rasterizer thread; set before any GL context exists.
     bench::UseSingleThreadedPeer();
-    benchmark::RegisterBenchmark("demo-1920x1080/tessera", DemoFrame)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/tessera-pipeline", MeshPipeline, false)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/llvmpipe", bench::PeerMesh, false)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/tessera-pipeline", MeshPipeline, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/llvmpipe", bench::PeerMesh, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    bench::Frame("demo-1920x1080/tessera", DemoFrame);
+    bench::Frame("mesh/tessera-pipeline", MeshPipeline, false);
+    bench::Frame("mesh/llvmpipe", bench::PeerMesh, false);
+    bench::Frame("meshcull/tessera-pipeline", MeshPipeline, true);
+    bench::Frame("meshcull/llvmpipe", bench::PeerMesh, true);
+    return bench::RunRegistered(argc, argv);
 }

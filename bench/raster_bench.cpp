@@ -238,43 +238,17 @@ void PeerRandom(benchmark::State& state, bool small) {
 
 int main(int argc, char** argv) {
     for (int m = 0; m < kFillModeCount; ++m)
-        benchmark::RegisterBenchmark((std::string("fill/") + kModeNames[m]).c_str(), FillRate,
-                                     static_cast<FillMode>(m), false)
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
-    benchmark::RegisterBenchmark("fillw/Gouraud", FillRate, FillMode::Gouraud, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("small/Gouraud", SmallTriangles)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("lines/fill-edges", Lines, std::cref(FillSet()))
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("lines/small-edges", Lines, std::cref(SmallSet()))
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/tessera", MeshFrame, false)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/tessera", MeshFrame, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("fill/llvmpipe", PeerRandom, false)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("small/llvmpipe", PeerRandom, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("mesh/llvmpipe", bench::PeerMesh, false)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::RegisterBenchmark("meshcull/llvmpipe", bench::PeerMesh, true)
-        ->Unit(benchmark::kMillisecond)
-        ->UseRealTime();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+        bench::Frame(std::string("fill/") + kModeNames[m], FillRate, static_cast<FillMode>(m),
+                     false);
+    bench::Frame("fillw/Gouraud", FillRate, FillMode::Gouraud, true);
+    bench::Frame("small/Gouraud", SmallTriangles);
+    bench::Frame("lines/fill-edges", Lines, std::cref(FillSet()));
+    bench::Frame("lines/small-edges", Lines, std::cref(SmallSet()));
+    bench::Frame("mesh/tessera", MeshFrame, false);
+    bench::Frame("meshcull/tessera", MeshFrame, true);
+    bench::Frame("fill/llvmpipe", PeerRandom, false);
+    bench::Frame("small/llvmpipe", PeerRandom, true);
+    bench::Frame("mesh/llvmpipe", bench::PeerMesh, false);
+    bench::Frame("meshcull/llvmpipe", bench::PeerMesh, true);
+    return bench::RunRegistered(argc, argv);
 }

@@ -14,5 +14,5 @@ extern "C" {
 typedef q5_HDRAWDIB(Q5_WINAPI* q5_DrawDibOpenFn)();
 typedef int(Q5_WINAPI* q5_DrawDibCloseFn)(q5_HDRAWDIB);
 typedef int(Q5_WINAPI* q5_DrawDibDrawFn)(q5_HDRAWDIB, q5_HDC, int, int, int, int, void* header,
-                                          void* bits, int, int, int, int, unsigned flags);
+                                         void* bits, int, int, int, int, unsigned flags);
 }

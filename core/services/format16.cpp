@@ -389,7 +389,8 @@ int SizeBits(Size size) {
     }
 }
 
-void RenderInteger(Sink& out, const Conversion& conv, const Layout& layout, unsigned long long raw) {
+void RenderInteger(Sink& out, const Conversion& conv, const Layout& layout,
+                   unsigned long long raw) {
     const int bits = conv.conversion == 'p' ? 64 : SizeBits(conv.size);
     const unsigned long long mask = bits == 64 ? ~0ULL : (1ULL << bits) - 1;
     const bool isSigned = conv.conversion == 'd' || conv.conversion == 'i';
