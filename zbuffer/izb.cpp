@@ -246,6 +246,8 @@ void IZB::SetPair(std::uint32_t a, std::uint32_t b) {
     }
 }
 
+// This driver samples pictures where they lie and keeps no textures of its own, so the texture
+// hooks have nothing to make or refresh; the size pair a creating call carries has no reader here.
 std::int32_t IZB::TextureHook(TPicture*, std::int32_t, std::int32_t, std::int32_t) {
     return 1;
 }
