@@ -15,6 +15,18 @@ struct OsmesaPeer::State {
     std::vector<unsigned char> colours;
 };
 
+namespace {
+
+void ClearAndBindArrays(const float* positions, const unsigned char* colours) {
+    glClearColor(0, 0, 0, 0);
+    glClearDepth(1.0);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glVertexPointer(3, GL_FLOAT, 0, positions);
+    glColorPointer(4, GL_UNSIGNED_BYTE, 0, colours);
+}
+
+} // namespace
+
 std::unique_ptr<OsmesaPeer> OsmesaPeer::Create(int width, int height) {
     std::unique_ptr<OsmesaPeer> peer(new OsmesaPeer);
     peer->state_ = std::make_unique<State>();
@@ -61,11 +73,7 @@ void OsmesaPeer::DrawRandomSet(const workload::RandomSet& set) {
             }
     }
     glDisable(GL_CULL_FACE);
-    glClearColor(0, 0, 0, 0);
-    glClearDepth(1.0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glVertexPointer(3, GL_FLOAT, 0, s.positions.data());
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, s.colours.data());
+    ClearAndBindArrays(s.positions.data(), s.colours.data());
     glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(s.positions.size() / 3));
     glFinish();
 }
@@ -88,11 +96,7 @@ void OsmesaPeer::DrawMesh(const workload::Mesh& mesh, bool cullBackFaces) {
     } else {
         glDisable(GL_CULL_FACE);
     }
-    glClearColor(0, 0, 0, 0);
-    glClearDepth(1.0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glVertexPointer(3, GL_FLOAT, 0, s.positions.data());
-    glColorPointer(4, GL_UNSIGNED_BYTE, 0, s.colours.data());
+    ClearAndBindArrays(s.positions.data(), s.colours.data());
     glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(mesh.indices.size()), GL_UNSIGNED_INT,
                    mesh.indices.data());
     glFinish();

@@ -109,6 +109,28 @@ constexpr const char* kModeNames[kFillModeCount] = {"Flat",
                                                     "FlatTextureAlpha",
                                                     "GouraudTextureAlpha"};
 
+// Whole frames of a triangle set: clear, then `draw` with each triangle in the vertex list.
+// The rasterizer steps vertices in place, so each frame starts from fresh copies.
+template <typename Draw>
+void DrawFrames(benchmark::State& state, Frame& frame, const workload::RandomSet& set, Draw draw) {
+    const std::vector<ScreenVertex> pristine = ToScreen(set);
+    std::vector<ScreenVertex> vertices = pristine;
+    ScreenVertex* list[3];
+    for (auto _ : state) {
+        frame.Clear();
+        for (std::size_t i = 0; i < vertices.size(); i += 3) {
+            for (int k = 0; k < 3; ++k) list[k] = &vertices[i + k];
+            frame.rc.vertexList = list;
+            draw(frame.rc);
+        }
+        benchmark::DoNotOptimize(frame.colour.data());
+        state.PauseTiming();
+        vertices = pristine;
+        state.ResumeTiming();
+    }
+    PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
+}
+
 // One frame: clear colour and depth, fill all 200 large triangles with one filler.
 void FillRate(benchmark::State& state, FillMode mode, bool depthAlwaysPasses) {
     Frame frame;
@@ -121,46 +143,17 @@ void FillRate(benchmark::State& state, FillMode mode, bool depthAlwaysPasses) {
     frame.rc.flatColour = RgbBytes{200, 120, 40};
     frame.rc.depthAlwaysPasses = depthAlwaysPasses ? 1 : 0;
 
-    std::vector<ScreenVertex> vertices = ToScreen(FillSet());
-    const std::vector<ScreenVertex> pristine = vertices;
-    ScreenVertex* list[3];
-    for (auto _ : state) {
-        frame.Clear();
-        for (std::size_t i = 0; i < vertices.size(); i += 3) {
-            for (int k = 0; k < 3; ++k) list[k] = &vertices[i + k];
-            frame.rc.vertexList = list;
-            frame.rc.vertexCount = 3;
-            FillPolygon(frame.rc, mode);
-        }
-        benchmark::DoNotOptimize(frame.colour.data());
-        state.PauseTiming();
-        vertices = pristine;
-        state.ResumeTiming();
-    }
-    PerFrameCounters(state, FillSet().coveredPixels,
-                     static_cast<double>(FillSet().triangles.size()));
+    DrawFrames(state, frame, FillSet(), [mode](RasterContext& rc) {
+        rc.vertexCount = 3;
+        FillPolygon(rc, mode);
+    });
 }
 
 // One frame of 200,000 small Gouraud triangles through the untextured dispatch.
 void SmallTriangles(benchmark::State& state) {
     Frame frame;
-    const std::vector<ScreenVertex> pristine = ToScreen(SmallSet());
-    std::vector<ScreenVertex> vertices = pristine;
-    ScreenVertex* list[3];
-    for (auto _ : state) {
-        frame.Clear();
-        for (std::size_t i = 0; i < vertices.size(); i += 3) {
-            for (int k = 0; k < 3; ++k) list[k] = &vertices[i + k];
-            frame.rc.vertexList = list;
-            DrawUntexturedPolygon(frame.rc, 3, 0);
-        }
-        benchmark::DoNotOptimize(frame.colour.data());
-        state.PauseTiming();
-        vertices = pristine;
-        state.ResumeTiming();
-    }
-    PerFrameCounters(state, SmallSet().coveredPixels,
-                     static_cast<double>(SmallSet().triangles.size()));
+    DrawFrames(state, frame, SmallSet(),
+               [](RasterContext& rc) { DrawUntexturedPolygon(rc, 3, 0); });
 }
 
 // Depth-tested lines along every edge of a triangle set, in the vertex colour.

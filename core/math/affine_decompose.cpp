@@ -14,6 +14,18 @@
 
 namespace {
 
+// Scales (c, s) to unit length; a zero pair becomes (1, 0).
+void NormalizeOrUnit(double& c, double& s) {
+    const double d = std::sqrt(c * c + s * s);
+    if (d > 0) {
+        c /= d;
+        s /= d;
+    } else {
+        c = 1;
+        s = 0;
+    }
+}
+
 using tessera::math_detail::QuatD;
 
 constexpr double kSqrtHalf = 0.7071067811865476;
@@ -182,28 +194,14 @@ Mat3 PolarFactorRank2(Mat3 m, const Mat3& adjT) {
     if (w * z > x * y) {
         // Positive 2x2 determinant: a rotation.
         double c = z + w, s = y - x;
-        const double d = std::sqrt(c * c + s * s);
-        if (d > 0) {
-            c /= d;
-            s /= d;
-        } else {
-            c = 1;
-            s = 0;
-        }
+        NormalizeOrUnit(c, s);
         q.a[0][0] = q.a[1][1] = c;
         q.a[0][1] = -s;
         q.a[1][0] = s;
     } else {
         // Otherwise a reflection.
         double c = z - w, s = y + x;
-        const double d = std::sqrt(c * c + s * s);
-        if (d > 0) {
-            c /= d;
-            s /= d;
-        } else {
-            c = 1;
-            s = 0;
-        }
+        NormalizeOrUnit(c, s);
         q.a[0][0] = -c;
         q.a[1][1] = c;
         q.a[0][1] = q.a[1][0] = s;

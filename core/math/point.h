@@ -52,6 +52,17 @@ private:
     static constexpr float POINT3D::*kMembers[3] = {&POINT3D::x, &POINT3D::y, &POINT3D::z};
 };
 
+// Vector arithmetic on single-precision points, in float as every caller expects.
+inline POINT3D operator-(const POINT3D& a, const POINT3D& b) {
+    return POINT3D(a.x - b.x, a.y - b.y, a.z - b.z);
+}
+inline POINT3D Cross(const POINT3D& a, const POINT3D& b) {
+    return POINT3D(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
+}
+inline float Dot(const POINT3D& a, const POINT3D& b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
 struct _point3d {
     double x, y, z;
 

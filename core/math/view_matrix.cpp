@@ -11,18 +11,6 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 constexpr float kPiF = std::numbers::pi_v<float>;
 
-POINT3D Sub(const POINT3D& a, const POINT3D& b) {
-    return POINT3D(a.x - b.x, a.y - b.y, a.z - b.z);
-}
-
-POINT3D Cross(const POINT3D& a, const POINT3D& b) {
-    return POINT3D(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
-}
-
-float Dot(const POINT3D& a, const POINT3D& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
 // Rotation from yaw w (about y), pitch p and roll r, in single precision.
 void BuildYawPitchRoll(MATRIX3D& out, float w, float p, float r) {
     const float cw = std::cos(w), sw = std::sin(w);
@@ -55,7 +43,7 @@ double GetAngleByXY(double x, double y) {
 // A frame that turns the direction from -> to onto +z, rolled so that the up point lands on
 // +y. The up point is used as given, not relative to from.
 void MATRIX3D::_FromUpDir(MATRIX3D& out, POINT3D& from, POINT3D& to, POINT3D& up) {
-    POINT3D d = Sub(to, from);
+    POINT3D d = to - from;
     if (std::fabs(d.x) < 1e-20 && std::fabs(d.y) < 1e-20 && std::fabs(d.z) < 1e-20) {
         d = POINT3D(0, 0, -1);
     }
@@ -73,8 +61,8 @@ void MATRIX3D::_FromUpDir(MATRIX3D& out, POINT3D& from, POINT3D& to, POINT3D& up
 
 // The up argument is a point: its offset from the eye is the up direction.
 void MATRIX3D::SetView(POINT3D& eye, POINT3D& target, POINT3D& up) {
-    POINT3D d = Sub(target, eye);
-    POINT3D u = Sub(up, eye);
+    POINT3D d = target - eye;
+    POINT3D u = up - eye;
     POINT3D origin(0, 0, 0);
     MATRIX3D frame(false);
     _FromUpDir(frame, origin, d, u);

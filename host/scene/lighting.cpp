@@ -4,14 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-float Dot(const POINT3D& a, const POINT3D& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
-} // namespace
-
 Rgb Lighting::Shade(const POINT3D& n, const POINT3D& toEye, const Rgb& base, float specular,
                     float shininess) const {
     Rgb diffuse = ambient, highlight;

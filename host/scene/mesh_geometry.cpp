@@ -3,16 +3,6 @@
 
 namespace {
 
-POINT3D Sub(const POINT3D& a, const POINT3D& b) {
-    return POINT3D(a.x - b.x, a.y - b.y, a.z - b.z);
-}
-POINT3D Cross(const POINT3D& a, const POINT3D& b) {
-    return POINT3D(a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x);
-}
-float Dot(const POINT3D& a, const POINT3D& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
-
 // Edge k of (a, c, b) is edge 2 - k of (a, b, c) walked backwards: 0 <-> 2, 1 stays.
 std::uint8_t ReversedEdges(std::uint8_t edges) {
     return static_cast<std::uint8_t>(((edges & 1) << 2) | (edges & 2) | ((edges >> 2) & 1));
@@ -30,7 +20,7 @@ std::uint32_t MeshGeometry::AddVertex(const POINT3D& position, const POINT3D& no
 
 void MeshGeometry::AddTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c,
                                std::uint8_t edges) {
-    const POINT3D n = Cross(Sub(positions[b], positions[a]), Sub(positions[c], positions[a]));
+    const POINT3D n = Cross(positions[b] - positions[a], positions[c] - positions[a]);
     if (n.x == 0 && n.y == 0 && n.z == 0) return;
     const POINT3D& na = normals[a];
     const POINT3D& nb = normals[b];
