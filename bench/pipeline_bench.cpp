@@ -16,11 +16,12 @@
 #include "host/app/plugin_module.h"
 #include "host/app/render_session.h"
 #include "host/scene/builtin_scenes.h"
+#include "host/scene/framing.h"
 #include "host/scene/scene.h"
-#include "host/view/framing.h"
-#include "plugin/driver.h"
-#include "plugin/material.h"
-#include "plugin/mesh.h"
+#include "interface/driver.h"
+#include "interface/material.h"
+#include "interface/mesh.h"
+#include "zbuffer/raster/fixed_point.h"
 
 namespace {
 
@@ -180,7 +181,7 @@ void MeshPipeline(benchmark::State& state, bool cull) {
     const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(104, 0));
     const std::int64_t entries = d.GetValue(105, 0) / 4;
     std::int64_t written = 0;
-    for (std::int64_t i = 0; i < entries; ++i) written += depth[i] != 0x7FFFFFFF;
+    for (std::int64_t i = 0; i < entries; ++i) written += depth[i] != kDepthEmpty;
     state.counters["written%"] =
         100.0 * static_cast<double>(written) / static_cast<double>(entries);
     bench::MeshCounters(state);

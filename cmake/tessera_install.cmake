@@ -9,9 +9,10 @@ install(TARGETS tessera_zb
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS tessera_static EXPORT TesseraTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(dir core plugin zbuffer)
+# The contracts and the core library; the PNG codec is the reference host's, not the library's.
+foreach(dir interface core)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/${dir}/ DESTINATION include/tessera/${dir}
-            FILES_MATCHING PATTERN "*.h")
+            FILES_MATCHING PATTERN "*.h" PATTERN "png_codec.h" EXCLUDE)
 endforeach()
 
 install(EXPORT TesseraTargets NAMESPACE Tessera::

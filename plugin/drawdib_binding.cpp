@@ -13,7 +13,7 @@ constexpr unsigned kPathCapacity = 260;
 } // namespace
 
 void BindDrawDib() {
-    PluginState& state = Plugin();
+    DriverModule& state = Plugin();
     state.screenDepth = q5plat::ScreenBitsPerPixel();
     if (state.screenDepth >= 15 && q5plat::IsLibraryLoaded(kDrawDibLibrary)) return;
 
@@ -42,7 +42,7 @@ void BindDrawDib() {
 }
 
 void UnbindDrawDib() {
-    PluginState& state = Plugin();
+    DriverModule& state = Plugin();
     // Without an opened handle the library stays loaded, as it always has.
     if (state.drawDib == nullptr) return;
     state.drawDibClose(state.drawDib);

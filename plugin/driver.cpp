@@ -1,10 +1,10 @@
 // Default bodies of the driver chain: the closing defaults, the host queries, SetBkImage.
-#include "plugin/driver.h"
+#include "interface/driver.h"
 
 #include "core/services/host_link.h"
-#include "plugin/gapi.h"
-#include "plugin/picture.h"
-#include "plugin/view.h"
+#include "interface/gapi.h"
+#include "interface/picture.h"
+#include "interface/view.h"
 
 bool q5_DRIVER::Unnamed38() {
     return false;

@@ -1,5 +1,5 @@
 // ChooseDriver and RemoveDriver: how a host picks, checks and drops its render driver.
-#include "plugin/driver_select.h"
+#include "interface/driver.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,9 +8,8 @@
 #include "core/services/error_report.h"
 #include "core/services/host_link.h"
 #include "core/services/wide_string.h"
-#include "plugin/driver.h"
-#include "plugin/gapi.h"
-#include "plugin/view.h"
+#include "interface/gapi.h"
+#include "interface/view.h"
 
 namespace {
 

@@ -5,10 +5,9 @@
 
 #include "core/services/host_link.h"
 #include "core/services/wide_string.h"
+#include "interface/driver.h"
+#include "interface/gapi.h"
 #include "plugin/drawdib_binding.h"
-#include "plugin/driver.h"
-#include "plugin/driver_select.h"
-#include "plugin/gapi.h"
 #include "plugin/plugin_state.h"
 #include "zbuffer/izb.h"
 
@@ -22,7 +21,8 @@ std::uint64_t Init(q5_GAPI* host, q5_HINSTANCE module) {
     // Without a host there is nobody to bind to; answer as for an unknown message.
     if (host == nullptr) return 0;
     q5SetHostAPI(host);
-    PluginState& state = Plugin();
+    q5SetLibraryModule(module);
+    DriverModule& state = Plugin();
     state.module = module;
     state.stringTable = host->OpenStringTable(module);
     const q5_WCHAR* displayName = host->LGetString(state.stringTable, kDisplayNameId);
@@ -47,7 +47,7 @@ std::uint64_t CopyText(q5_WCHAR* destination, std::uint64_t capacity, const q5_W
 std::uint64_t Create(const char* name) {
     if (name == nullptr || q5GetHostAPI() == nullptr) return 0;
     if (q5strnicmp(name, kZBufferDriverName, 256) != 0) return 0;
-    IZB* driver = new (std::nothrow) IZB();
+    IZB* driver = new (std::nothrow) IZB(Plugin());
     return reinterpret_cast<std::uint64_t>(driver);
 }
 
@@ -67,7 +67,7 @@ extern "C" Q5_MODULE_EXPORT std::uint64_t Q5DLLFunc(std::uint64_t message, std::
         return CopyText(reinterpret_cast<q5_WCHAR*>(a), c, kPluginVersion);
     case PLUGIN_MSG_DESCRIPTION:
         if (q5GetHostAPI() == nullptr) return 0;
-        return CopyText(reinterpret_cast<q5_WCHAR*>(a), c, PluginString(kDescriptionId));
+        return CopyText(reinterpret_cast<q5_WCHAR*>(a), c, Plugin().String(kDescriptionId));
     case PLUGIN_MSG_CREATE:
         return Create(reinterpret_cast<const char*>(a));
     default:

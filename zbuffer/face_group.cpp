@@ -2,12 +2,12 @@
 #include "zbuffer/face_group.h"
 
 #include "core/math/point.h"
-#include "plugin/material.h"
-#include "plugin/mesh.h"
-#include "plugin/view.h"
-#include "zbuffer/polygon_dispatch.h"
+#include "interface/material.h"
+#include "interface/mesh.h"
+#include "interface/view.h"
+#include "zbuffer/raster/polygon_dispatch.h"
+#include "zbuffer/raster/texture_binding.h"
 #include "zbuffer/shading.h"
-#include "zbuffer/texture_binding.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,21 +6,12 @@
 
 #include "core/services/host_link.h"
 #include "core/services/wide_string.h"
-#include "plugin/driver_select.h"
-#include "plugin/gapi.h"
-#include "plugin/picture.h"
-#include "plugin/plugin_state.h"
-#include "plugin/view.h"
-#include "zbuffer/line_draw.h"
-#include "zbuffer/mark_list.h"
-#include "zbuffer/raster_context.h"
+#include "interface/gapi.h"
+#include "interface/picture.h"
+#include "interface/view.h"
+#include "zbuffer/raster/line_draw.h"
 
-RendererGlobals& Renderer() {
-    static RendererGlobals globals;
-    return globals;
-}
-
-IZB::IZB() : lineRoutine(DrawLine) {
+IZB::IZB(const DriverModule& module) : lineRoutine(DrawLine), module_(module) {
     ReadSettings();
 }
 
@@ -58,7 +49,7 @@ q5_RENDERSETTINGS* ContextSettings(q5_RENDERCONTEXT* context) {
 std::uint64_t IZB::SetParam(std::int32_t id, std::uint64_t value, q5_VALUETYPE type) {
     switch (id) {
     case kParam1001:
-        Renderer().flag1001 = value == 0;
+        flag1001_ = value == 0;
         return 1;
     case kParam1002:
         if (q5_RENDERSETTINGS* settings = ContextSettings(renderContext))
@@ -85,7 +76,7 @@ std::uint64_t IZB::SetParam(std::int32_t id, std::uint64_t value, q5_VALUETYPE t
 std::uint64_t IZB::GetParam(std::int32_t id, std::uint64_t value, q5_VALUETYPE type) {
     switch (id) {
     case kParam1001:
-        return Renderer().flag1001 ? 0 : 1;
+        return flag1001_ ? 0 : 1;
     case kParam1002: {
         const q5_RENDERSETTINGS* settings = ContextSettings(renderContext);
         return settings != nullptr ? settings->flag1002 : 0;
@@ -193,7 +184,7 @@ bool IZB::GetDriverString(q5_WCHAR* buffer, std::int32_t kind) {
     default:
         return true;
     }
-    q5wcscpy(buffer, PluginString(id));
+    q5wcscpy(buffer, module_.String(id));
     return true;
 }
 
@@ -208,7 +199,7 @@ std::int32_t IZB::SetMatrix(const float* matrix4x4) {
 }
 
 void IZB::DepthOffset(std::uint32_t n) {
-    OffsetDepth(ModuleRasterContext(), static_cast<std::int32_t>(n));
+    OffsetDepth(raster_, static_cast<std::int32_t>(n));
 }
 
 Q5RESULT IZB::SetBkImage(TPicture* picture) {
@@ -226,10 +217,10 @@ std::int32_t IZB::Unnamed29() {
 }
 
 void IZB::MarkId(std::uint64_t id) {
-    MarkListMark(id);
+    marks_.Mark(id);
 }
 std::int32_t IZB::IsIdMarked(std::uint64_t id) {
-    return MarkListIsMarked(id) ? 1 : 0;
+    return marks_.IsMarked(id) ? 1 : 0;
 }
 
 std::int32_t IZB::Unnamed35() {

@@ -4,15 +4,16 @@
 #include <vector>
 
 #include "core/math/point.h"
-#include "plugin/driver.h"
+#include "interface/driver.h"
+#include "zbuffer/driver_module.h"
+#include "zbuffer/mark_list.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/screen_point.h"
 
-struct RasterContext;
-struct ScreenPoint;
-struct RgbBytes;
 using LineRoutine = void (*)(RasterContext&, const ScreenPoint&, const ScreenPoint&, RgbBytes);
 
-// This driver's description of its surfaces; making the driver current copies it into
-// the rasterizer's context.
+// This driver's description of its surfaces; making the driver current copies it into its
+// rasterizer context, whose surface fields are then the current surface.
 struct SurfaceRecord {
     std::uint8_t* colourBits = nullptr;
     std::int32_t* depth = nullptr;
@@ -24,9 +25,12 @@ struct SurfaceRecord {
     std::int32_t supersampling = 0;
 };
 
+// Each driver owns its rasterizer context, current surface and mark list, so drivers on
+// different threads never share mutable state.
 class IZB final : public DRIVER3D {
 public:
-    IZB();
+    // `module` outlives the driver: the plug-in frame's own record.
+    explicit IZB(const DriverModule& module);
 
     void DeleteThis() override;
     const char* GetInterfaceName() override;
@@ -84,6 +88,8 @@ public:
     // Slot 56, appended by this driver.
     virtual void Unnamed56();
 
+private:
+    ~IZB() = default;
     // Renderer state, in the order the driver has always kept it.
     std::uint64_t reservedWord = 0; // zeroed whenever the depth buffer is freed
     q5_HMEM depthMemory = nullptr;
@@ -104,8 +110,6 @@ public:
     static constexpr std::uint32_t kFlagQueried108 = 1u << 1;
     static constexpr std::uint32_t kFlagFadeApplied = 1u << 2;
 
-private:
-    ~IZB() = default;
     void ReadSettings();
     void FreeSurfaces();
     void CreateSurfaces();
@@ -120,11 +124,10 @@ private:
     // Vertex positions placed by DrawFaceGroupPlaced; grows to the largest mesh seen, so no
     // face group allocates once that size is reached.
     std::vector<POINT3D> placedPositions_;
-};
 
-// Process-wide renderer state beside the rasterizer's context.
-struct RendererGlobals {
-    bool flag1001 = false;
-    bool supersampleRequest = false;
+    const DriverModule& module_;
+    RasterContext raster_;
+    MarkList marks_;
+    bool flag1001_ = false;           // SetParam / GetParam id 1001
+    bool supersampleRequest_ = false; // set by phases 2 and 4, cleared by phase 6
 };
-RendererGlobals& Renderer();

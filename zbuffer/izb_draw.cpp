@@ -1,21 +1,20 @@
 // IZB drawing operations: face groups, and screen primitives handed to the rasterizer through
-// the module's context.
+// the driver's own context.
 #include <algorithm>
 
 #include "core/math/matrix3d.h"
-#include "plugin/mesh.h"
+#include "interface/mesh.h"
+#include "interface/screen_vertex.h"
 #include "zbuffer/face_group.h"
 #include "zbuffer/izb.h"
-#include "zbuffer/line_draw.h"
-#include "zbuffer/point_plot.h"
-#include "zbuffer/polygon_dispatch.h"
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_quad.h"
-#include "zbuffer/screen_vertex.h"
+#include "zbuffer/raster/fixed_point.h"
+#include "zbuffer/raster/line_draw.h"
+#include "zbuffer/raster/point_plot.h"
+#include "zbuffer/raster/polygon_dispatch.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/screen_quad.h"
 
 namespace {
-
-constexpr int kMaxPolygonVertices = 8;
 
 RgbBytes ColourOf(const ScreenVertex& v) {
     return RgbBytes{v.red, v.green, v.blue};
@@ -28,7 +27,7 @@ RgbBytes ColourOf(std::uint32_t c) {
 }
 
 // The rasterizer steps vertices in place, so the caller's stay untouched.
-int FillCopy(const ScreenVertex* vertices, int count, std::uint8_t flags) {
+int FillCopy(RasterContext& rc, const ScreenVertex* vertices, int count, std::uint8_t flags) {
     if (vertices == nullptr || count < 1 || count > kMaxPolygonVertices) return 0;
     ScreenVertex copy[kMaxPolygonVertices];
     ScreenVertex* list[kMaxPolygonVertices];
@@ -36,7 +35,6 @@ int FillCopy(const ScreenVertex* vertices, int count, std::uint8_t flags) {
         copy[i] = vertices[i];
         list[i] = &copy[i];
     }
-    RasterContext& rc = ModuleRasterContext();
     rc.vertexList = list;
     const int drawn = DrawUntexturedPolygon(rc, count, flags);
     rc.vertexList = nullptr;
@@ -69,7 +67,7 @@ std::int32_t IZB::DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERS
     }
     placement->TransformPoints(placedPositions_.data(), static_cast<int>(n));
     const q5_RENDERSTATE defaults;
-    FaceTarget target{ModuleRasterContext(), *view, lineRoutine};
+    FaceTarget target{raster_, *view, lineRoutine};
     return DrawFaceRun(target, *mesh, *run, state != nullptr ? *state : defaults,
                        placedPositions_.data());
 }
@@ -77,30 +75,30 @@ std::int32_t IZB::DrawFaceGroupPlaced(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERS
 std::int32_t IZB::DrawFaceGroup(q5_MESH* mesh, q5_FACERUN* run, q5_RENDERSTATE* state) {
     if (view == nullptr || mesh == nullptr || run == nullptr) return -1;
     const q5_RENDERSTATE defaults;
-    FaceTarget target{ModuleRasterContext(), *view, lineRoutine};
+    FaceTarget target{raster_, *view, lineRoutine};
     return DrawFaceRun(target, *mesh, *run, state != nullptr ? *state : defaults);
 }
 
 std::int32_t IZB::DrawScreenPolygon(const ScreenVertex* vertices, std::int32_t count) {
-    return FillCopy(vertices, count, 0);
+    return FillCopy(raster_, vertices, count, 0);
 }
 
 std::int32_t IZB::DrawScreenTriangle(const ScreenVertex* a, const ScreenVertex* b,
                                      const ScreenVertex* c) {
     if (a == nullptr || b == nullptr || c == nullptr) return 0;
     const ScreenVertex v[3] = {*a, *b, *c};
-    return FillCopy(v, 3, 0);
+    return FillCopy(raster_, v, 3, 0);
 }
 
 std::int32_t IZB::DrawScreenLine(const ScreenVertex* a, const ScreenVertex* b) {
     if (a == nullptr || b == nullptr) return 0;
-    lineRoutine(ModuleRasterContext(), PointOf(*a), PointOf(*b), ColourOf(*a));
+    lineRoutine(raster_, PointOf(*a), PointOf(*b), ColourOf(*a));
     return 1;
 }
 
 std::int32_t IZB::DrawWideLine(const ScreenVertex* a, const ScreenVertex* b) {
     if (a == nullptr || b == nullptr) return 0;
-    RasterContext& rc = ModuleRasterContext();
+    RasterContext& rc = raster_;
     const std::uint8_t saved = rc.wideLines;
     rc.wideLines = 1;
     lineRoutine(rc, PointOf(*a), PointOf(*b), ColourOf(*a));
@@ -110,7 +108,7 @@ std::int32_t IZB::DrawWideLine(const ScreenVertex* a, const ScreenVertex* b) {
 
 std::int32_t IZB::DrawBoldLine(const ScreenVertex* a, const ScreenVertex* b) {
     if (a == nullptr || b == nullptr) return 0;
-    ::DrawBoldLine(ModuleRasterContext(), PointOf(*a), PointOf(*b), ColourOf(*a));
+    ::DrawBoldLine(raster_, PointOf(*a), PointOf(*b), ColourOf(*a));
     return 1;
 }
 
@@ -122,7 +120,7 @@ std::int32_t IZB::DrawScreenLines(const ScreenVertex* vertices, std::int32_t cou
 
 std::int32_t IZB::DrawPoint(const ScreenVertex* v) {
     if (v == nullptr) return 0;
-    PlotPoint(ModuleRasterContext(), PointOf(*v), ColourOf(*v), true);
+    PlotPoint(raster_, PointOf(*v), ColourOf(*v), true);
     return 1;
 }
 
@@ -137,7 +135,7 @@ void IZB::DrawLine2D(q5_FPOINT a, q5_FPOINT b, std::uint32_t colour) {
                            static_cast<std::int32_t>(a.y * 256.0f), 0};
     const ScreenPoint to{static_cast<std::int32_t>(b.x * 256.0f),
                          static_cast<std::int32_t>(b.y * 256.0f), 0};
-    lineRoutine(ModuleRasterContext(), from, to, ColourOf(colour));
+    lineRoutine(raster_, from, to, ColourOf(colour));
 }
 
 // Four flat bands along the frame's edges, nearest depth, in the given colour.
@@ -147,14 +145,14 @@ std::int32_t IZB::DrawFrameBorder(std::int32_t, std::int32_t thickness, std::uin
     if (thickness < 1 || w < 1 || h < 1) return 1;
     const std::int32_t t = std::min({thickness, w, h});
     const RgbBytes c = ColourOf(colour);
-    ModuleRasterContext().flatColour = c;
+    raster_.flatColour = c;
     const std::int32_t bands[4][4] = {
         {0, 0, w, t}, {0, h - t, w, h}, {0, t, t, h - t}, {w - t, t, w, h - t}};
     for (const auto& band : bands) {
         if (band[2] <= band[0] || band[3] <= band[1]) continue;
         const ScreenVertex quad[4] = {Corner(band[0], band[1], c), Corner(band[2], band[1], c),
                                       Corner(band[2], band[3], c), Corner(band[0], band[3], c)};
-        FillCopy(quad, 4, kPolygonFlat);
+        FillCopy(raster_, quad, 4, kPolygonFlat);
     }
     return 1;
 }
@@ -162,5 +160,5 @@ std::int32_t IZB::DrawFrameBorder(std::int32_t, std::int32_t thickness, std::uin
 std::int32_t IZB::DrawScreenQuad(const q5_SCREENQUAD* quad) {
     if (quad == nullptr) return 1;
     // The host view's screen offset is not modelled yet, so quads keep their positions.
-    return ::DrawScreenQuad(ModuleRasterContext(), *quad, ScreenOffset{});
+    return ::DrawScreenQuad(raster_, *quad, ScreenOffset{});
 }

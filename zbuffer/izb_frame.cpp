@@ -4,16 +4,13 @@
 #include "core/platform/bitmap.h"
 #include "core/platform/memory_block.h"
 #include "core/services/host_link.h"
-#include "plugin/gapi.h"
-#include "plugin/plugin_state.h"
-#include "plugin/view.h"
+#include "interface/gapi.h"
+#include "interface/view.h"
 #include "zbuffer/izb.h"
-#include "zbuffer/mark_list.h"
-#include "zbuffer/raster_context.h"
+#include "zbuffer/raster/fixed_point.h"
 
 namespace {
 
-constexpr std::int32_t kEmptyDepth = 0x7FFFFFFF;
 constexpr std::int32_t kOutOfMemoryId = 10;
 
 // Lines go two pixels wide whenever the frame is drawn at double resolution.
@@ -45,7 +42,7 @@ std::uint8_t Blue(std::uint32_t c) {
 } // namespace
 
 void IZB::MakeCurrent() {
-    RasterContext& rc = ModuleRasterContext();
+    RasterContext& rc = raster_;
     rc.colourBase = surface.colourBits;
     rc.depthBase = surface.depth;
     rc.colourPitch = surface.colourStride;
@@ -69,7 +66,7 @@ void IZB::CreateSurfaces() {
     s.W = s.x1 - s.x0 + 1;
     s.H = s.y1 - s.y0 + 1;
     s.Hm1 = s.H - 1;
-    s.colourStride = q5plat::DibStride(32, s.W);
+    s.colourStride = q5DibRowStride(32, s.W);
     colourSize = static_cast<std::uint32_t>(s.colourStride) * static_cast<std::uint32_t>(s.H);
     s.depthStride = s.W * 4;
     const std::uint32_t depthBytes =
@@ -86,7 +83,7 @@ void IZB::CreateSurfaces() {
     depthMemory = q5_MEM_Alloc(depthBytes, false);
     if (depthMemory == nullptr) {
         if (q5_GAPI* host = q5GetHostAPI())
-            host->ReportMessage(kReportError, PluginString(kOutOfMemoryId));
+            host->ReportMessage(kReportError, module_.String(kOutOfMemoryId));
         depthEntryCount = 0;
         s.depth = nullptr;
     } else {
@@ -94,7 +91,7 @@ void IZB::CreateSurfaces() {
         s.depth = static_cast<std::int32_t*>(q5_MEM_Lock(depthMemory));
     }
     MakeCurrent();
-    ResetRasterState(ModuleRasterContext());
+    ResetRasterState(raster_);
 }
 
 void IZB::FreeSurfaces() {
@@ -149,15 +146,15 @@ void IZB::FillColour(std::uint32_t colour) {
 
 void IZB::ClearDepth() {
     if (surface.depth == nullptr) return;
-    for (std::uint32_t i = 0; i < depthEntryCount; ++i) surface.depth[i] = kEmptyDepth;
+    for (std::uint32_t i = 0; i < depthEntryCount; ++i) surface.depth[i] = kDepthEmpty;
 }
 
 void IZB::ClearFrame(std::uint32_t colour) {
-    if (ModuleRasterContext().colourBase == nullptr) return;
+    if (raster_.colourBase == nullptr) return;
     // Unfinished: a held background picture is not drawn yet; the frame gets the colour.
     FillColour(colour);
     ClearDepth();
-    MarkListUnmark(attachedId);
+    marks_.Unmark(attachedId);
 }
 
 void IZB::ApplyDepthFade() {
@@ -180,7 +177,7 @@ void IZB::ApplyDepthFade() {
         const std::int32_t* depthRow = s.depth + static_cast<std::ptrdiff_t>(y) * s.W;
         for (std::int32_t x = 0; x < s.W; ++x) {
             const std::int32_t d = depthRow[x];
-            if (d == kEmptyDepth || d <= near) continue;
+            if (d == kDepthEmpty || d <= near) continue;
             const std::int32_t t = d < far ? (d - near) / step : 256;
             for (int k = 0; k < 3; ++k) {
                 std::uint8_t& channel = row[4 * x + k];
@@ -196,8 +193,8 @@ void IZB::BeginSupersampled() {
     colourBitmap = nullptr;
     Resize(2 * width, 2 * height);
     surface.supersampling = 1;
-    SetDoubleResolution(ModuleRasterContext(), 1);
-    Renderer().supersampleRequest = true;
+    SetDoubleResolution(raster_, 1);
+    supersampleRequest_ = true;
 }
 
 void IZB::EndSupersampled() {
@@ -226,22 +223,21 @@ void IZB::EndSupersampled() {
     q5plat::DeleteBitmap(large);
     savedBitmap = nullptr;
     surface.supersampling = 0;
-    SetDoubleResolution(ModuleRasterContext(), 0);
+    SetDoubleResolution(raster_, 0);
 }
 
 bool IZB::FrameStep(std::int32_t phase) {
     switch (phase) {
     case 0:
         MakeCurrent();
-        ResetRasterState(ModuleRasterContext());
+        ResetRasterState(raster_);
         flags &= ~kFlagFadeApplied;
         break;
     case 1:
-        ZeroRasterSurface(ModuleRasterContext());
+        ZeroRasterSurface(raster_);
         break;
     case 2:
-        if (view != nullptr && view->SupersampleFactor() > 1.0)
-            Renderer().supersampleRequest = true;
+        if (view != nullptr && view->SupersampleFactor() > 1.0) supersampleRequest_ = true;
         break;
     case 3:
         ApplyDepthFade();
@@ -253,9 +249,9 @@ bool IZB::FrameStep(std::int32_t phase) {
         EndSupersampled();
         break;
     case 6:
-        Renderer().supersampleRequest = false;
+        supersampleRequest_ = false;
         surface.supersampling = 0;
-        SetDoubleResolution(ModuleRasterContext(), 0);
+        SetDoubleResolution(raster_, 0);
         break;
     default:
         break;
@@ -265,5 +261,5 @@ bool IZB::FrameStep(std::int32_t phase) {
 
 void IZB::DestroySurfacesOnRelease() {
     FreeSurfaces();
-    ZeroRasterSurface(ModuleRasterContext());
+    ZeroRasterSurface(raster_);
 }

@@ -1,39 +1,35 @@
-// Singly linked mark list; never freed, so ids stay cheap to re-mark across frames.
+// The mark list: found by walking, grown at the front, freed with its driver.
 #include "zbuffer/mark_list.h"
 
 #include <new>
 
-namespace {
+MarkList::~MarkList() {
+    while (head_ != nullptr) {
+        Node* next = head_->next;
+        delete head_;
+        head_ = next;
+    }
+}
 
-struct MarkNode {
-    std::uint64_t id;
-    std::int32_t marked;
-    MarkNode* next;
-};
-
-MarkNode* g_head = nullptr;
-
-MarkNode* Find(std::uint64_t id) {
-    for (MarkNode* node = g_head; node != nullptr; node = node->next)
+MarkList::Node* MarkList::Find(std::uint64_t id) const {
+    for (Node* node = head_; node != nullptr; node = node->next)
         if (node->id == id) return node;
     return nullptr;
 }
 
-} // namespace
-
-void MarkListMark(std::uint64_t id) {
-    if (MarkNode* node = Find(id)) {
+void MarkList::Mark(std::uint64_t id) {
+    if (Node* node = Find(id)) {
         node->marked = 1;
         return;
     }
-    if (auto* node = new (std::nothrow) MarkNode{id, 1, g_head}) g_head = node;
+    if (auto* node = new (std::nothrow) Node{id, 1, head_}) head_ = node;
 }
 
-void MarkListUnmark(std::uint64_t id) {
-    if (MarkNode* node = Find(id)) node->marked = 0;
+void MarkList::Unmark(std::uint64_t id) {
+    if (Node* node = Find(id)) node->marked = 0;
 }
 
-bool MarkListIsMarked(std::uint64_t id) {
-    const MarkNode* node = Find(id);
+bool MarkList::IsMarked(std::uint64_t id) const {
+    const Node* node = Find(id);
     return node != nullptr && node->marked != 0;
 }

@@ -1,7 +1,7 @@
 // Colour conversion, tint and sphere mapping.
 #include "zbuffer/shading.h"
 
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
 
 #include <algorithm>
 #include <cmath>

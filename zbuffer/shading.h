@@ -1,7 +1,7 @@
 // Colour conversions and sphere-map texture coordinates for the face walk.
 #pragma once
 
-#include "zbuffer/raster_context.h"
+#include "zbuffer/raster/raster_context.h"
 
 struct ScreenVertex;
 

@@ -1,8 +1,8 @@
 // Subdivision of large textured triangles.
 #include "zbuffer/subdivision.h"
 
-#include "plugin/view.h"
-#include "zbuffer/polygon_dispatch.h"
+#include "interface/view.h"
+#include "zbuffer/raster/polygon_dispatch.h"
 
 #include <cstdint>
 

@@ -3,8 +3,8 @@
 // texture follow the perspective.
 #pragma once
 
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
+#include "zbuffer/raster/raster_context.h"
 
 #include <cstdint>
 

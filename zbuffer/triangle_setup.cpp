@@ -1,10 +1,10 @@
 // Triangle setup between the face walk and the rasterizer.
 #include "zbuffer/triangle_setup.h"
 
-#include "plugin/view.h"
+#include "interface/view.h"
 #include "zbuffer/back_face.h"
-#include "zbuffer/fixed_point.h"
-#include "zbuffer/polygon_dispatch.h"
+#include "zbuffer/raster/fixed_point.h"
+#include "zbuffer/raster/polygon_dispatch.h"
 #include "zbuffer/subdivision.h"
 
 #include <algorithm>

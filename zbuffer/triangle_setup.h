@@ -2,8 +2,8 @@
 // through the host's view, facing and back-face tests, outlines, and the dispatch.
 #pragma once
 
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_vertex.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/screen_point.h"
 
 #include <bit>
 #include <cstdint>

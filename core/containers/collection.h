@@ -1,7 +1,7 @@
 // The core library's growable, reference-counted array of untyped item pointers.
 #pragma once
 
-#include "plugin/extension.h"
+#include "interface/extension.h"
 
 class q5_GENERIC;
 

@@ -1,7 +1,7 @@
 // The 128-bit identifier of file formats, plug-ins and icons.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 class q5_STREAM;
 

@@ -1,7 +1,7 @@
 // Matching of file names against wildcard patterns (*, ?, [sets]) and pattern lists.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 // 1 when name matches pattern, else 0. Units below 256 compare after upper-casing. A "." in
 // the pattern also matches the end of a name, so "readme." and "readme.*" accept "readme".

@@ -1,7 +1,7 @@
 // The core library's owned string of 16-bit code units.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 class q5_STREAM;
 

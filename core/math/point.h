@@ -1,7 +1,7 @@
 // Point and direction value types of the geometry library, with the 32-bit normal encoding.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 class q5_STREAM;
 struct QUAT;

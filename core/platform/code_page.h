@@ -1,7 +1,7 @@
 // Locale services: code-page conversion of text and the locale's date and time formats.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 namespace q5plat {
 

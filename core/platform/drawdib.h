@@ -1,7 +1,7 @@
 // Entry-point types of the DrawDib functions, bound at run time from "MSVFW32.DLL".
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 using q5_HDRAWDIB = void*;
 

@@ -4,7 +4,7 @@
 #include "core/services/host_link.h"
 #include "core/services/text_convert.h"
 #include "core/services/wide_string.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 bool q5DeleteFile(const q5_WCHAR* name) {
     return name != nullptr && q5plat::DeleteFile(name);

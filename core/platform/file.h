@@ -1,7 +1,7 @@
 // Operating-system files: handles, reads and writes, names, times and folders.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 namespace q5plat {
 

@@ -1,7 +1,7 @@
 // Movable memory blocks: handles that are locked to obtain an address.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 q5_HMEM q5_MEM_Alloc(std::uint32_t size, bool zero);
 bool q5_MEM_Free(q5_HMEM block);

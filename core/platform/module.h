@@ -1,7 +1,7 @@
 // Loaded modules: library loading, entry points, the module's own handle and its resources.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 namespace q5plat {
 

@@ -2,7 +2,7 @@
 // resources. The platform layer finds it through the module handle.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 extern "C" {
 struct q5_RESOURCE_ENTRY {

@@ -1,7 +1,7 @@
 // Facts about the machine: screen depth, processors, the system folder.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 namespace q5plat {
 

@@ -3,7 +3,7 @@
 
 #include "core/services/format16.h"
 #include "core/services/host_link.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 #include <cstdarg>
 #include <cstdio>

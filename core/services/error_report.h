@@ -2,7 +2,7 @@
 // reported before the host's init message, and the caller always carries on afterwards.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 #if defined(__GNUC__) && !defined(__clang__)
 #define Q5_PRINTF_LIKE(fmt, args) __attribute__((__format__(gnu_printf, fmt, args)))

@@ -2,7 +2,7 @@
 // every platform so that messages read alike everywhere.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 #include <cstdarg>
 

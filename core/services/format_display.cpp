@@ -6,7 +6,7 @@
 #include "core/services/host_link.h"
 #include "core/services/text_convert.h"
 #include "core/services/wide_string.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // File times and byte sizes rendered for display.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 // The local short date, one space and the local time without seconds; out holds 64 units.
 void q5FormatTime(const q5_FILETIME& time, q5_WCHAR* out);

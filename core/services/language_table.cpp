@@ -8,8 +8,7 @@
 #include "core/services/text_convert.h"
 #include "core/services/wide_string.h"
 #include "core/stream/stream.h"
-#include "plugin/gapi.h"
-#include "plugin/plugin_state.h"
+#include "interface/gapi.h"
 
 #include <cstring>
 #include <memory>
@@ -251,8 +250,7 @@ const q5_WCHAR* q5_LANGUAGETABLE::Lookup(std::int32_t id, const q5_WCHAR* defaul
 bool q5InitLanguage(q5_HINSTANCE module, const q5_WCHAR* folder, const q5_WCHAR* language,
                     const q5_WCHAR* appName) {
     LanguageState& state = State();
-    if (module == nullptr)
-        module = Plugin().module != nullptr ? Plugin().module : q5plat::OwnModule();
+    if (module == nullptr) module = q5GetLibraryModule();
     state.folder = folder != nullptr ? folder : u"";
     state.hasAppName = appName != nullptr;
     state.appName = appName != nullptr ? appName : u"";

@@ -1,7 +1,7 @@
 // Numbered string tables read from language files and "LNG" resources, and their lookups.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,7 +1,7 @@
 // Conversions between the library's 16-bit text and 8-bit text in the narrow code page or UTF-8.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 // The process-wide narrow code page (0: the system's ANSI code page; UTF-8 on POSIX).
 int q5GetNarrowCodePage();

@@ -2,7 +2,7 @@
 // wchar_t on POSIX.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 std::size_t q5wcslen(const q5_WCHAR* s);
 q5_WCHAR* q5wcscpy(q5_WCHAR* dst, const q5_WCHAR* src);

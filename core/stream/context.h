@@ -1,7 +1,7 @@
 // The caller's side of a long stream operation: continue test, progress and error reports.
 #pragma once
 
-#include "plugin/extension.h"
+#include "interface/extension.h"
 
 // Asked before each step; (context, user value, 0), and a zero answer stops the operation.
 using q5_PROGRESSCALLBACK = std::int32_t (*)(q5_CONTEXT* context, void* userValue,

@@ -4,7 +4,7 @@
 #include "core/services/host_link.h"
 #include "core/services/wide_string.h"
 #include "core/stream/context.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -5,7 +5,7 @@
 #include "core/stream/context.h"
 #include "core/stream/ref_source.h"
 #include "core/stream/stream.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // An object that a stream writes once and refers to by number afterwards.
 #pragma once
 
-#include "plugin/extension.h"
+#include "interface/extension.h"
 
 class q5_STREAM;
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "core/services/error_report.h"
-#include "plugin/extension.h"
+#include "interface/extension.h"
 
 class q5_COLLECTION;
 class q5_REFSOURCE;

@@ -7,7 +7,7 @@
 #include "core/services/language_table.h"
 #include "core/services/text_convert.h"
 #include "host/app/plugin_module.h"
-#include "plugin/driver.h"
+#include "interface/driver.h"
 
 // The host's record of a loaded module: its string table and name.
 class HostAPI::Record final : public q5_PLUGINRECORD {

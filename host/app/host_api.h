@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "host/app/ini_settings.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 class PluginModule;
 

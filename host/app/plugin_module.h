@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "core/platform/types.h"
-#include "plugin/entry.h"
+#include "interface/plugin_entry.h"
+#include "interface/types.h"
 
 class q5_GAPI;
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "plugin/view.h"
+#include "interface/view.h"
 
 class ProgressLine {
 public:

@@ -8,11 +8,10 @@
 #include "host/scene/frame_mesh.h"
 #include "host/scene/scene.h"
 #include "host/view/camera.h"
-#include "plugin/driver.h"
-#include "plugin/driver_select.h"
-#include "plugin/material.h"
-#include "plugin/mesh.h"
-#include "plugin/picture.h"
+#include "interface/driver.h"
+#include "interface/material.h"
+#include "interface/mesh.h"
+#include "interface/picture.h"
 
 namespace {
 

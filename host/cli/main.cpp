@@ -13,9 +13,9 @@
 #include "host/formats/model_file.h"
 #include "host/formats/png_file.h"
 #include "host/scene/builtin_scenes.h"
+#include "host/scene/framing.h"
 #include "host/scene/scene.h"
-#include "host/view/framing.h"
-#include "plugin/driver.h"
+#include "interface/driver.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/scene/scene.h"
-#include "plugin/mesh.h"
+#include "interface/mesh.h"
 
 class Camera;
 struct ViewVolume;

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "plugin/picture.h"
+#include "interface/picture.h"
 
 class HostPicture final : public TPicture {
 public:

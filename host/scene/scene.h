@@ -10,7 +10,7 @@
 #include "host/scene/host_picture.h"
 #include "host/scene/lighting.h"
 #include "host/scene/mesh_geometry.h"
-#include "plugin/material.h"
+#include "interface/material.h"
 
 // What the driver reads (q5_MATERIAL) and what the host's lighting adds to it.
 struct HostMaterial {

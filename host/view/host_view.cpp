@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "host/view/polygon_clip.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
 
 namespace {
 

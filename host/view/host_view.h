@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "host/view/view_volume.h"
-#include "plugin/view.h"
+#include "interface/view.h"
 
 class HostView final : public q5_VIEW {
 public:

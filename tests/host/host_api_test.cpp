@@ -7,7 +7,7 @@
 #include "core/platform/module.h"
 #include "host/app/host_api.h"
 #include "host/app/plugin_module.h"
-#include "plugin/driver.h"
+#include "interface/driver.h"
 
 namespace {
 

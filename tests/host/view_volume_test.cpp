@@ -6,7 +6,7 @@
 #include "host/view/host_view.h"
 #include "host/view/polygon_clip.h"
 #include "host/view/view_volume.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
 
 namespace {
 

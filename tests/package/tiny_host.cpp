@@ -4,7 +4,7 @@
 
 #include "core/math/matrix3d.h"
 #include "core/platform/module.h"
-#include "plugin/entry.h"
+#include "interface/plugin_entry.h"
 
 int main() {
     MATRIX3D m;

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "plugin/driver_select.h"
+#include "interface/driver.h"
 #include "support/fake_driver.h"
 #include "support/recording_host.h"
 #include "support/test_view.h"

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "plugin/picture.h"
+#include "interface/picture.h"
 #include "support/fake_driver.h"
 #include "support/recording_host.h"
 #include "support/test_view.h"

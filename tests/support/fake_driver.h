@@ -5,8 +5,8 @@
 #include <tuple>
 #include <vector>
 
-#include "plugin/driver.h"
-#include "plugin/view.h"
+#include "interface/driver.h"
+#include "interface/view.h"
 
 class FakeDriver final : public DRIVER3D {
 public:

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/platform/module.h"
-#include "plugin/entry.h"
+#include "interface/plugin_entry.h"
 
 #if defined(_WIN32)
 inline constexpr const char* kModuleFileName = "tessera_zb.dll";

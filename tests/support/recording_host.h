@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "core/services/host_link.h"
-#include "plugin/gapi.h"
+#include "interface/gapi.h"
 
 class RecordingHost final : public q5_GAPI {
 public:

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "plugin/view.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
+#include "interface/view.h"
 
 class TestView final : public q5_VIEW {
 public:

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "core/math/matrix3d.h"
-#include "plugin/mesh.h"
+#include "interface/mesh.h"
 #include "raster_frame.h"
 #include "support/test_view.h"
 #include "zbuffer/izb.h"
@@ -59,19 +59,20 @@ protected:
         q5_FACERUN run{0, mesh.faceCount, opacity, flags};
         return driver->DrawFaceGroup(&mesh, &run, &state);
     }
-    Bgra Pixel(int x, int y) const { return SurfacePixel(driver->surface, x, y); }
+    Bgra Pixel(int x, int y) const { return SurfacePixel(SurfaceOf(*driver), x, y); }
     // Draws the faces into a cleared frame and gives the pixel at the origin.
     Bgra Redraw(std::uint8_t flags = 0, float opacity = 1.0f) {
         Clear();
         Draw(flags, opacity);
         return Pixel(0, 0);
     }
-    Spans Written() const { return SurfaceSpans(driver->surface); }
+    Spans Written() const { return SurfaceSpans(SurfaceOf(*driver)); }
 
     TestView view;
     q5_RENDERCONTEXT context{&view};
     q5_RENDERSTATE state;
-    IZB* driver = new IZB();
+    DriverModule module;
+    IZB* driver = new IZB(module);
     q5_MESHVERTEX vertices[12];
     q5_MESHFACE faces[4];
     q5_COLOUR6 faceColours[4];

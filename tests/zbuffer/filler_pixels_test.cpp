@@ -1,7 +1,7 @@
 // Every filler's bytes on a four-pixel span over a known destination, worked out from the blend
 // formulas: untextured blends divide by 256, textured ones by 255.
 #include "raster_frame.h"
-#include "zbuffer/texture_binding.h"
+#include "zbuffer/raster/texture_binding.h"
 
 #include <gtest/gtest.h>
 

@@ -14,11 +14,12 @@ class Izb : public ::testing::Test {
 protected:
     void SetUp() override { driver->Attach(1, &context); }
     void TearDown() override { driver->Release(); }
-    Bgra Pixel(int x, int y) const { return SurfacePixel(driver->surface, x, y); }
+    Bgra Pixel(int x, int y) const { return SurfacePixel(SurfaceOf(*driver), x, y); }
 
     TestView view;
     q5_RENDERCONTEXT context{&view};
-    IZB* driver = new IZB();
+    DriverModule module;
+    IZB* driver = new IZB(module);
 };
 
 TEST_F(Izb, Params1001And1002AreFlags) {
@@ -48,27 +49,23 @@ TEST_F(Izb, Param1003ClampsIntegersAndEchoesTheArgumentOnIntegerRead) {
     EXPECT_EQ(driver->SetParam(999, 1, Q5_VALUE_INT), 0u);
 }
 
-TEST_F(Izb, Capability11IsZeroOnlyOnceBothSurfacesExist) {
-    EXPECT_EQ(driver->QueryCaps(11), 0);
-    driver->colourSize = 12;
-    EXPECT_EQ(driver->QueryCaps(11), 1);
-    driver->colourSize = 0;
-    driver->Resize(1, 1);
-    EXPECT_EQ(driver->QueryCaps(11), 0) << "both surfaces exist";
-}
-
-TEST_F(Izb, MarksAreSharedByIdAcrossDriversAndAClearUnmarksTheAttachedId) {
-    IZB* other = new IZB();
-    driver->MarkId(0xABCDEF0012345ull);
-    EXPECT_EQ(other->IsIdMarked(0xABCDEF0012345ull), 1);
-    EXPECT_EQ(other->IsIdMarked(0xABCDEF0012346ull), 0);
-    other->Attach(0xABCDEF0012345ull, nullptr);
-    other->ClearFrame(0);
-    EXPECT_EQ(driver->IsIdMarked(0xABCDEF0012345ull), 1) << "no surface yet: nothing cleared";
-    other->Resize(1, 1);
-    other->ClearFrame(0);
-    EXPECT_EQ(driver->IsIdMarked(0xABCDEF0012345ull), 0);
+TEST_F(Izb, MarksBelongToTheirDriverAndAClearUnmarksTheAttachedId) {
+    IZB* other = new IZB(module);
+    constexpr std::uint64_t kId = 0xABCDEF0012345ull;
+    driver->MarkId(kId);
+    driver->MarkId(1);
+    EXPECT_EQ(driver->IsIdMarked(kId), 1);
+    EXPECT_EQ(driver->IsIdMarked(kId + 1), 0);
+    EXPECT_EQ(other->IsIdMarked(kId), 0) << "another driver keeps its own list";
     other->Release();
+    driver->ClearFrame(0);
+    EXPECT_EQ(driver->IsIdMarked(1), 1) << "no surface yet: nothing cleared";
+    driver->Resize(1, 1);
+    driver->ClearFrame(0);
+    EXPECT_EQ(driver->IsIdMarked(1), 0) << "the attached id";
+    EXPECT_EQ(driver->IsIdMarked(kId), 1);
+    driver->MarkId(1);
+    EXPECT_EQ(driver->IsIdMarked(1), 1) << "the same node marked again";
 }
 
 TEST_F(Izb, ResizeMakesSurfacesAndIgnoresBadOrSameSizes) {
@@ -77,7 +74,7 @@ TEST_F(Izb, ResizeMakesSurfacesAndIgnoresBadOrSameSizes) {
     const std::pair<int, std::int64_t> values[] = {
         {100, 3}, {101, 5}, {103, 60}, {105, 60}, {106, 12}};
     for (auto [id, value] : values) EXPECT_EQ(driver->GetValue(id, 0), value) << id;
-    EXPECT_EQ(driver->surface.colourStride, 12);
+    EXPECT_EQ(driver->QueryCaps(11), 0) << "both surfaces exist";
     // The row offset is scaled by 4 once more than bytes need.
     EXPECT_EQ(driver->GetValue(107, 1), driver->GetValue(104, 0) + 16 * 3);
 
@@ -94,7 +91,7 @@ TEST_F(Izb, ClearFillsColourAndEmptiesDepth) {
     driver->ClearFrame(0x123456); // same second colour: solid
     for (int y = 0; y < 3; ++y)
         for (int x = 0; x < 4; ++x) EXPECT_EQ(Pixel(x, y), (Bgra{0x12, 0x34, 0x56, 0}));
-    EXPECT_TRUE(SurfaceSpans(driver->surface).empty()) << "every depth entry empty";
+    EXPECT_TRUE(SurfaceSpans(SurfaceOf(*driver)).empty()) << "every depth entry empty";
 }
 
 TEST_F(Izb, GradientRunsFromTopToBottomColourFromThreeRowsOn) {
@@ -118,7 +115,7 @@ TEST_F(Izb, DepthFadeBlendsByDepthOncePerFrame) {
     // far = 2048, near = 1024, step = 1024 >> 8 = 4.
     context.depthScale = 2560.0;
     context.depthOffset = 0.0;
-    std::int32_t* depth = driver->surface.depth;
+    std::int32_t* depth = SurfaceOf(*driver).depth;
     depth[0] = 1000; // nearer than near: untouched
     depth[1] = 1536; // t = 128: halfway
     depth[2] = 3000; // beyond far: t = 256, the fade colour
@@ -136,17 +133,14 @@ TEST_F(Izb, DepthFadeBlendsByDepthOncePerFrame) {
 TEST_F(Izb, SupersampledFrameReducesTwoByTwoWithTruncation) {
     view.supersample = 2.0;
     driver->FrameStep(2);
-    EXPECT_TRUE(Renderer().supersampleRequest) << "the view's factor is above 1";
     driver->Resize(2, 1);
     driver->ClearFrame(0);
-    const std::uint8_t* fullSize = driver->surface.colourBits;
+    const std::uint8_t* fullSize = SurfaceOf(*driver).colourBits;
     driver->FrameStep(4);
     EXPECT_EQ(driver->GetValue(100, 0), 4);
-    EXPECT_EQ(ModuleRasterContext().doubleResolution, 1);
-    EXPECT_EQ(ModuleRasterContext().wideLines, 1) << "lines keep their width at double size";
     // Destination pixel 0 averages bytes 1, 2, 3, 4 (sum 10 -> 2); pixel 1 averages 255 x 4.
-    std::uint8_t* bits = driver->surface.colourBits;
-    const std::int32_t stride = driver->surface.colourStride;
+    std::uint8_t* bits = SurfaceOf(*driver).colourBits;
+    const std::int32_t stride = SurfaceOf(*driver).colourStride;
     for (int row = 0; row < 2; ++row) {
         std::memset(bits + row * stride, 1 + 2 * row, 4);
         std::memset(bits + row * stride + 4, 2 + 2 * row, 4);
@@ -154,12 +148,25 @@ TEST_F(Izb, SupersampledFrameReducesTwoByTwoWithTruncation) {
     }
     driver->FrameStep(5);
     EXPECT_EQ(driver->GetValue(100, 0), 2);
-    EXPECT_EQ(driver->surface.colourBits, fullSize) << "the saved surface comes back";
-    EXPECT_TRUE(Renderer().supersampleRequest) << "kept until phase 6";
+    EXPECT_EQ(SurfaceOf(*driver).colourBits, fullSize) << "the saved surface comes back";
     EXPECT_EQ(Pixel(0, 0), (Bgra{2, 2, 2, 2}));
     EXPECT_EQ(Pixel(1, 0), (Bgra{255, 255, 255, 255}));
     driver->FrameStep(6);
-    EXPECT_FALSE(Renderer().supersampleRequest);
+}
+
+TEST_F(Izb, SupersampledFrameDoublesPositionsAndWidensLines) {
+    driver->Resize(3, 2);
+    driver->FrameStep(0);
+    driver->FrameStep(4);
+    driver->ClearFrame(0);
+    const ScreenVertex a = Vertex(0, 0, 100, 200), b = Vertex(1, 0, 100, 200);
+    driver->DrawScreenLine(&a, &b);
+    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{0, 0, 2}, {1, 0, 2}}));
+    driver->FrameStep(5);
+    driver->FrameStep(6);
+    driver->ClearFrame(0);
+    driver->DrawScreenLine(&a, &b);
+    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{0, 0, 1}})) << "back to single size";
 }
 
 TEST_F(Izb, CancelledSupersampledFrameKeepsThePreviousImage) {
@@ -170,7 +177,7 @@ TEST_F(Izb, CancelledSupersampledFrameKeepsThePreviousImage) {
     driver->Resize(2, 2);
     driver->ClearFrame(0x0000FF);
     driver->FrameStep(4);
-    std::memset(driver->surface.colourBits, 7, driver->colourSize);
+    std::memset(SurfaceOf(*driver).colourBits, 7, driver->GetValue(103, 0));
     driver->FrameStep(5);
     EXPECT_EQ(Pixel(1, 1), (Bgra{0, 0, 255, 0}));
     driver->FrameStep(6);
@@ -192,7 +199,7 @@ TEST_F(IzbDraw, PolygonFillsItsPixelsAndLeavesTheCallersVertices) {
     EXPECT_EQ(driver->DrawScreenPolygon(square, 9), 0);
     EXPECT_EQ(driver->DrawScreenPolygon(nullptr, 3), 0);
     EXPECT_EQ(driver->DrawScreenPolygon(square, 4), 1);
-    EXPECT_EQ(SurfaceSpans(driver->surface), (Spans{{1, 2, 5}, {2, 2, 5}, {3, 2, 5}}));
+    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{1, 2, 5}, {2, 2, 5}, {3, 2, 5}}));
     EXPECT_EQ(Pixel(3, 2), (Bgra{30, 20, 10, 255}));
     EXPECT_EQ(square[1].x, 5 * 256);
 }
@@ -207,7 +214,7 @@ TEST_F(IzbDraw, FrameBorderCoversTheEdgesOnly) {
 TEST_F(IzbDraw, LinesEndBeforeTheirEndPixel) {
     const ScreenVertex a = Vertex(1, 2, 100, 200), b = Vertex(6, 2, 100, 200);
     EXPECT_EQ(driver->DrawScreenLine(&a, &b), 1);
-    EXPECT_EQ(SurfaceSpans(driver->surface), (Spans{{2, 1, 6}}));
+    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{2, 1, 6}}));
     EXPECT_EQ(Pixel(5, 2), (Bgra{0, 0, 200, 255}));
 }
 

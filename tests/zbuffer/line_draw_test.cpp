@@ -1,6 +1,6 @@
 // Lines: Bresenham steps, exact depth, integer clipping, the wide mode and bold lines.
 #include "raster_frame.h"
-#include "zbuffer/line_draw.h"
+#include "zbuffer/raster/line_draw.h"
 
 #include <gtest/gtest.h>
 

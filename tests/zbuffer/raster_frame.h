@@ -2,13 +2,13 @@
 // depth access by screen position, and pictures built texel by texel.
 #pragma once
 
-#include "plugin/material.h"
-#include "plugin/picture.h"
-#include "zbuffer/fixed_point.h"
-#include "zbuffer/izb.h"
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_vertex.h"
-#include "zbuffer/span_fillers.h"
+#include "interface/driver.h"
+#include "interface/material.h"
+#include "interface/picture.h"
+#include "interface/screen_vertex.h"
+#include "zbuffer/raster/fixed_point.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/span_fillers.h"
 
 #include <algorithm>
 #include <array>
@@ -77,7 +77,7 @@ class RasterFrame {
 public:
     // Guard rows before and after each buffer catch writes just outside it.
     RasterFrame(int width, int height, Bgra background = {})
-        : width_(width), height_(height), pitch_(((32 * width + 31) / 32) * 4),
+        : width_(width), height_(height), pitch_(q5DibRowStride(32, width)),
           colour_(static_cast<std::size_t>(pitch_) * (height + 2 * kGuard), kGuardByte),
           depth_(static_cast<std::size_t>(width) * (height + 2 * kGuard), kDepthEmpty) {
         AttachRasterBuffers(rc, colour_.data() + kGuard * pitch_, depth_.data() + kGuard * width,
@@ -125,13 +125,25 @@ private:
     std::vector<std::int32_t> depth_;
 };
 
+// A driver's colour and depth surfaces as its numbered values describe them to a host.
+struct DriverSurface {
+    std::uint8_t* colourBits;
+    std::int32_t* depth;
+    int W, H, colourStride;
+};
+inline DriverSurface SurfaceOf(DRIVER3D& d) {
+    const auto w = static_cast<int>(d.GetValue(100, 0)), h = static_cast<int>(d.GetValue(101, 0));
+    return {reinterpret_cast<std::uint8_t*>(d.GetValue(102, 0)),
+            reinterpret_cast<std::int32_t*>(d.GetValue(104, 0)), w, h, q5DibRowStride(32, w)};
+}
+
 // A driver's surface read by screen position, as RasterFrame reads its own buffers.
-inline Bgra SurfacePixel(const SurfaceRecord& s, int x, int y) {
+inline Bgra SurfacePixel(const DriverSurface& s, int x, int y) {
     Bgra p;
     std::memcpy(&p, s.colourBits + (s.H - 1 - y) * s.colourStride + 4 * x, 4);
     return p;
 }
-inline Spans SurfaceSpans(const SurfaceRecord& s) {
+inline Spans SurfaceSpans(const DriverSurface& s) {
     return SpansOf(s.depth, s.W, s.H);
 }
 

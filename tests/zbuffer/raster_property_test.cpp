@@ -1,8 +1,8 @@
 // Properties over many random polygons: writes stay inside the frame and the polygon's box,
 // coverage follows the width, shared edges are filled once, opaque redrawing changes nothing.
 #include "raster_frame.h"
-#include "zbuffer/span_fillers.h"
-#include "zbuffer/texture_binding.h"
+#include "zbuffer/raster/span_fillers.h"
+#include "zbuffer/raster/texture_binding.h"
 
 #include <gtest/gtest.h>
 

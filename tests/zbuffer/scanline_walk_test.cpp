@@ -2,7 +2,7 @@
 // and the back-face rule.
 #include "raster_frame.h"
 #include "zbuffer/back_face.h"
-#include "zbuffer/point_plot.h"
+#include "zbuffer/raster/point_plot.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Textured screen quads: one step darker, alpha-0 texels skipped, binding dropped after each.
 #include "raster_frame.h"
-#include "zbuffer/screen_quad.h"
+#include "zbuffer/raster/screen_quad.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Texturing: binding, texel fetches with wrapping and palettes, the textured dispatch's
 // coordinates and blending, sphere-map coordinates.
 #include "raster_frame.h"
-#include "zbuffer/polygon_dispatch.h"
+#include "zbuffer/raster/polygon_dispatch.h"
+#include "zbuffer/raster/texture_binding.h"
 #include "zbuffer/shading.h"
-#include "zbuffer/texture_binding.h"
 
 #include <gtest/gtest.h>
 

@@ -2,9 +2,9 @@
 // the scanline range a polygon covers.
 #pragma once
 
-#include "zbuffer/fixed_point.h"
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/screen_vertex.h"
+#include "zbuffer/raster/fixed_point.h"
+#include "zbuffer/raster/raster_context.h"
 
 #include <cstdint>
 

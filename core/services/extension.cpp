@@ -1,5 +1,5 @@
-// Default bodies of the root class and of the plug-in object.
-#include "plugin/extension.h"
+// Default bodies of the root class and of the plug-in object, which every library object shares.
+#include "interface/extension.h"
 
 #include "core/services/wide_string.h"
 

@@ -2,7 +2,7 @@
 // writing colour and depth span by span.
 #pragma once
 
-#include "zbuffer/raster_context.h"
+#include "zbuffer/raster/raster_context.h"
 
 #include <cstdint>
 

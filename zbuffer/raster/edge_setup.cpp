@@ -1,5 +1,5 @@
 // Edge building, ordering and the bottom-scanline rule of the scanline rasterizer.
-#include "zbuffer/edge_setup.h"
+#include "zbuffer/raster/edge_setup.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,9 +1,9 @@
 // Untextured and textured polygon dispatch.
-#include "zbuffer/polygon_dispatch.h"
+#include "zbuffer/raster/polygon_dispatch.h"
 
-#include "plugin/material.h"
-#include "zbuffer/fixed_point.h"
-#include "zbuffer/screen_vertex.h"
+#include "interface/material.h"
+#include "interface/screen_vertex.h"
+#include "zbuffer/raster/fixed_point.h"
 
 #include <algorithm>
 #include <cmath>

@@ -35,14 +35,3 @@ static_assert(offsetof(ScreenVertex, t) == 29);
 static_assert(offsetof(ScreenVertex, red) == 33);
 static_assert(offsetof(ScreenVertex, green) == 34);
 static_assert(offsetof(ScreenVertex, blue) == 35);
-
-// A screen position with depth, as points and line ends are given: x and y in 1/256 pixel.
-struct ScreenPoint {
-    std::int32_t x = 0;
-    std::int32_t y = 0;
-    std::int32_t z = 0;
-};
-
-inline ScreenPoint PointOf(const ScreenVertex& v) {
-    return ScreenPoint{v.x, v.y, v.z};
-}

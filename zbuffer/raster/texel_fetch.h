@@ -1,7 +1,7 @@
 // Nearest-texel fetches of the bound texture, one per texel depth, with wrapping.
 #pragma once
 
-#include "zbuffer/raster_context.h"
+#include "zbuffer/raster/raster_context.h"
 
 #include <cstdint>
 

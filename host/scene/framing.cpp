@@ -1,5 +1,5 @@
 // Fitting the camera to a scene.
-#include "host/view/framing.h"
+#include "host/scene/framing.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // Line clipping and drawing.
-#include "zbuffer/line_draw.h"
+#include "zbuffer/raster/line_draw.h"
 
-#include "zbuffer/edge_setup.h"
-#include "zbuffer/fixed_point.h"
+#include "zbuffer/raster/edge_setup.h"
+#include "zbuffer/raster/fixed_point.h"
 
 #include <cstddef>
 #include <cstdlib>

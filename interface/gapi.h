@@ -1,7 +1,7 @@
 // The host application's API object as the plug-in and the core library use it.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 class DRIVER3D;
 class q5_PROPERTYSHEET;

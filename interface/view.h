@@ -1,7 +1,7 @@
 // The host's view object, render settings and render context as the driver reads them.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 struct ScreenVertex;
 struct q5_MATERIAL;

@@ -2,8 +2,8 @@
 // colours and bound texture.
 #pragma once
 
-#include "zbuffer/raster_context.h"
-#include "zbuffer/span_fillers.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/span_fillers.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 // Texture binding: picks the picture (or its converted copy) and the fetch for its depth.
-#include "zbuffer/texture_binding.h"
+#include "zbuffer/raster/texture_binding.h"
 
-#include "plugin/material.h"
-#include "plugin/picture.h"
-#include "zbuffer/texel_fetch.h"
+#include "interface/material.h"
+#include "interface/picture.h"
+#include "zbuffer/raster/texel_fetch.h"
 
 #include <cstddef>
 

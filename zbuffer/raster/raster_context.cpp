@@ -1,10 +1,7 @@
-// The module's rasterizer context and the helpers that set up its surface and state.
-#include "zbuffer/raster_context.h"
+// Setting up a rasterizer context: its surface and its start state.
+#include "zbuffer/raster/raster_context.h"
 
-RasterContext& ModuleRasterContext() {
-    static RasterContext context;
-    return context;
-}
+#include "interface/bitmap_info.h"
 
 void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32_t* depthBits,
                          std::int32_t width, std::int32_t height) {
@@ -17,7 +14,7 @@ void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32
     rc.clipWidth = width;
     rc.clipHeight = height;
     rc.rowBias = height - 1;
-    rc.colourPitch = ((32 * width + 31) / 32) * 4;
+    rc.colourPitch = q5DibRowStride(32, width);
     rc.depthPitch = width * 4;
 }
 

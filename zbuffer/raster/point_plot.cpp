@@ -1,7 +1,7 @@
 // Point plotting.
-#include "zbuffer/point_plot.h"
+#include "zbuffer/raster/point_plot.h"
 
-#include "zbuffer/fixed_point.h"
+#include "zbuffer/raster/fixed_point.h"
 
 #include <cstddef>
 

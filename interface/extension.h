@@ -1,7 +1,7 @@
 // The reference-counted root class and the named, versioned plug-in object.
 #pragma once
 
-#include "core/platform/types.h"
+#include "interface/types.h"
 
 class q5_XMLNODE;
 class q5_PARAM;

@@ -1,7 +1,7 @@
 // The driver class chain: q5_DRIVER (any driver) and DRIVER3D (a 3D render driver).
 #pragma once
 
-#include "plugin/extension.h"
+#include "interface/extension.h"
 
 class q5_VIEW;
 struct q5_PROGRESS;
@@ -129,3 +129,11 @@ protected:
     DRIVER3D();
     ~DRIVER3D() = default;
 };
+
+// Name under which the software Z-buffer driver registers and is created; the fallback of
+// ChooseDriver.
+inline constexpr const char* kZBufferDriverName = "Tessera K (Z Buffer)";
+
+// How a host picks its render driver by name (falling back to the built-in one) and drops it.
+bool ChooseDriver(DRIVER3D** holder, const char* name);
+bool RemoveDriver(DRIVER3D*& holder, bool notify);

@@ -18,8 +18,8 @@ struct RgbBytes {
 // Returns the texel at a 20.12 position as 0xAARRGGBB.
 using TexelFetch = std::uint32_t (*)(const RasterContext& rc, std::int32_t u, std::int32_t v);
 
-// One per module (ModuleRasterContext below); tests make their own. Only one polygon is drawn at a
-// time through a context, and nothing here is locked.
+// One per driver; tests make their own. One polygon at a time is drawn through a context, and
+// nothing here is locked: a context belongs to one thread at a time.
 struct RasterContext {
     // Target surface: a bottom-up 32-bit colour bitmap and a top-down depth buffer.
     std::uint8_t* colourBase = nullptr; // lowest address: the bottom scanline
@@ -59,9 +59,6 @@ struct RasterContext {
     RgbBytes flatColour;
     std::uint8_t depthAlwaysPasses = 0;
 };
-
-// The module-wide context that the driver draws through.
-RasterContext& ModuleRasterContext();
 
 // Points the context at caller-owned buffers of width x height pixels: colour rows of
 // ((32 * width + 31) / 32) * 4 bytes stored bottom-up, depth rows of width entries top-down.

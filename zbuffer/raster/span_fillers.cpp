@@ -1,8 +1,8 @@
 // Polygon fillers: one template instantiated per mode and a table of the instantiations, so the
 // mode is chosen once per polygon and no pixel loop branches on it.
-#include "zbuffer/span_fillers.h"
+#include "zbuffer/raster/span_fillers.h"
 
-#include "zbuffer/edge_setup.h"
+#include "zbuffer/raster/edge_setup.h"
 
 #include <algorithm>
 #include <array>

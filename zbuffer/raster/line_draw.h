@@ -2,8 +2,8 @@
 // lines.
 #pragma once
 
-#include "zbuffer/raster_context.h"
-#include "zbuffer/screen_vertex.h"
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/screen_point.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 // Screen quads: straight to a flat textured filler, without clipping, culling or texture matrix.
-#include "zbuffer/screen_quad.h"
+#include "zbuffer/raster/screen_quad.h"
 
-#include "zbuffer/fixed_point.h"
-#include "zbuffer/screen_vertex.h"
-#include "zbuffer/span_fillers.h"
-#include "zbuffer/texture_binding.h"
+#include "interface/screen_vertex.h"
+#include "zbuffer/raster/fixed_point.h"
+#include "zbuffer/raster/span_fillers.h"
+#include "zbuffer/raster/texture_binding.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 // Texel fetches: integer part masked to 20 bits, wrapped only when out of range.
-#include "zbuffer/texel_fetch.h"
+#include "zbuffer/raster/texel_fetch.h"
 
-#include "zbuffer/fixed_point.h"
+#include "zbuffer/raster/fixed_point.h"
 
 #include <cstddef>
 
