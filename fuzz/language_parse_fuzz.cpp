@@ -1,5 +1,5 @@
 // Parses arbitrary bytes as a language file, 8-bit or (with a byte-order mark) 16-bit.
-#include "core/services/language_table.h"
+#include "core/language/language_table.h"
 #include "core/services/wide_string.h"
 #include "core/stream/stream.h"
 

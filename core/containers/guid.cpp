@@ -2,7 +2,6 @@
 #include "core/containers/guid.h"
 
 #include "core/services/text_convert.h"
-#include "core/stream/stream.h"
 
 #include <cstdio>
 #include <cstring>
@@ -71,22 +70,4 @@ bool q5_GUID::FromStr(const q5_WCHAR* text) {
     char narrow[64];
     WtoAex(text, narrow, sizeof narrow);
     return FromStr(narrow);
-}
-
-Q5RESULT q5_GUID::Save(q5_STREAM* stream, std::uint16_t chunkId) const {
-    if (chunkId != 0) stream->NewChunk(chunkId);
-    stream->WriteLong(Data1);
-    stream->WriteWord(Data2);
-    stream->WriteWord(Data3);
-    stream->Write(Data4, sizeof Data4);
-    if (chunkId != 0) stream->CloseChunk();
-    return Q5_OK;
-}
-
-Q5RESULT q5_GUID::Load(q5_STREAM* stream) {
-    Data1 = stream->ReadLong();
-    Data2 = stream->ReadWord();
-    Data3 = stream->ReadWord();
-    stream->Read(Data4, sizeof Data4);
-    return Q5_OK;
 }

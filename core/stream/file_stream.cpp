@@ -5,6 +5,7 @@
 #include "core/services/wide_string.h"
 #include "core/stream/context.h"
 #include "interface/gapi.h"
+#include "core/services/file_helpers.h"
 
 #include <cstdarg>
 #include <cstdio>

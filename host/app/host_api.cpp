@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "core/services/host_link.h"
-#include "core/services/language_table.h"
+#include "core/language/language_table.h"
 #include "core/services/text_convert.h"
 #include "host/app/plugin_module.h"
 #include "interface/driver.h"

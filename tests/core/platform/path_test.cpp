@@ -7,6 +7,7 @@
 
 #include "core/services/wide_string.h"
 #include "support/recording_host.h"
+#include "core/services/file_helpers.h"
 
 namespace {
 

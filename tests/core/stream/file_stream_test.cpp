@@ -6,6 +6,7 @@
 #include "core/platform/file.h"
 #include "core/stream/file_stream.h"
 #include "stream_testing.h"
+#include "core/services/file_helpers.h"
 
 namespace {
 

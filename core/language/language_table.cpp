@@ -1,5 +1,5 @@
 // Language files: loading, "$APP_NAME$" substitution, parsing and the string lookups.
-#include "core/services/language_table.h"
+#include "core/language/language_table.h"
 
 #include "core/platform/module.h"
 #include "core/services/error_report.h"

@@ -1,5 +1,5 @@
 // Language files: parsing, errors, encodings, substitution, loading and the lookups.
-#include "core/services/language_table.h"
+#include "core/language/language_table.h"
 
 #include <gtest/gtest.h>
 
