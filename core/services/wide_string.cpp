@@ -1,13 +1,45 @@
 // The library's own 16-bit string helpers.
 #include "core/services/wide_string.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 
 namespace {
 
 bool IsSpace(q5_WCHAR c) {
     return c == u' ' || (c >= u'\t' && c <= u'\r');
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// Whether a decimal number text out of a double's range is at least 1 in magnitude, that is,
+// whether it overflowed rather than underflowed.
+bool AtLeastOne(const char* p, const char* end) {
+    if (p != end && *p == '-') ++p;
+    std::int64_t whole = 0, zeros = 0; // integer digits from the first non-zero; zeros after "."
+    for (; p != end && IsDigit(*p); ++p)
+        if (whole > 0 || *p != '0') ++whole;
+    if (p != end && *p == '.')
+        for (++p; p != end && *p == '0'; ++p) ++zeros;
+    while (p != end && IsDigit(*p)) ++p;
+    // Decimal exponent of the leading non-zero digit; the mantissa of an out-of-range text
+    // has one.
+    std::int64_t exponent = whole > 0 ? whole - 1 : -(zeros + 1);
+    if (p != end && (*p == 'e' || *p == 'E')) {
+        ++p;
+        const bool negative = p != end && *p == '-';
+        if (p != end && (*p == '-' || *p == '+')) ++p;
+        // Far beyond any double's range, and far from the 64-bit limits.
+        constexpr std::int64_t kFar = 1'000'000'000;
+        std::int64_t written = 0;
+        for (; p != end && IsDigit(*p); ++p) written = std::min(written * 10 + (*p - '0'), kFar);
+        exponent += negative ? -written : written;
+    }
+    return exponent >= 0;
 }
 
 } // namespace
@@ -122,6 +154,12 @@ double q5wtof(const q5_WCHAR* s) {
     std::size_t n = 0;
     for (; n + 1 < sizeof text && s[n] != 0 && s[n] < 0x80; ++n) text[n] = static_cast<char>(s[n]);
     double value = 0.0;
-    if (std::from_chars(text, text + n, value).ec != std::errc{}) return 0.0;
+    const std::from_chars_result read = std::from_chars(text, text + n, value);
+    if (read.ec == std::errc::result_out_of_range) {
+        const bool negative = text[0] == '-';
+        if (!AtLeastOne(text, read.ptr)) return negative ? -0.0 : 0.0;
+        return negative ? -HUGE_VAL : HUGE_VAL;
+    }
+    if (read.ec != std::errc{}) return 0.0;
     return value;
 }

@@ -25,6 +25,7 @@ int q5strnicmp(const char* a, const char* b, std::size_t count);
 // 32-bit limits so the result is the same on every platform. 0 when there are no digits.
 std::int32_t q5wtol(const q5_WCHAR* s);
 // Leading white space and the longest prefix that reads as a decimal floating-point number
-// ("1.5e3", "inf", "nan"), independent of the C locale; 0.0 when there is none or it is
-// out of the range of a double.
+// ("1.5e3", "inf", "nan"), independent of the C locale; 0.0 when there is none. Beyond a
+// double's range it gives what the C library's conversion gives: HUGE_VAL, or 0.0 when too
+// small, with the number's sign.
 double q5wtof(const q5_WCHAR* s);

@@ -129,15 +129,14 @@ bool Q5_FILESTREAM::IsTypeOf(const char* type) {
 }
 
 std::int64_t Q5_FILESTREAM::Seek(std::int64_t position, std::int32_t origin) {
-    const auto distance = static_cast<std::int32_t>(static_cast<std::uint32_t>(position));
+    // Positions are 32-bit here: only the low half of the offset counts.
+    const auto low = static_cast<std::uint32_t>(position);
     const int from = origin == 1   ? q5plat::kSeekCurrent
                      : origin == 2 ? q5plat::kSeekEnd
                                    : q5plat::kSeekBegin;
-    // A start offset the 32-bit distance cannot carry fails without moving the file.
-    const bool reachable = from != q5plat::kSeekBegin || position == distance;
-    const std::int64_t result = reachable ? q5plat::SeekFile(file_, distance, from) : -1;
+    const std::int64_t result = q5plat::SeekFile(file_, static_cast<std::int32_t>(low), from);
     if (from != q5plat::kSeekBegin) return 1;
-    if (result < 0 || result != position) {
+    if (result < 0 || result != low) {
         ReportError("Q5_FILESTREAM::Seek error");
         return -1;
     }

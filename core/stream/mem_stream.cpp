@@ -223,8 +223,13 @@ std::int64_t Q5_MEMSTREAM::Read(void* buffer, std::int64_t count) {
 }
 
 std::int64_t Q5_MEMSTREAM::Write(const void* buffer, std::int64_t count) {
-    // Resource data is read-only memory of the module.
-    if (buffer == nullptr || count <= 0 || count > INT32_MAX || resource_ != nullptr) return 0;
+    if (buffer == nullptr || count <= 0 || count > INT32_MAX) return 0;
+    // Resource data is read-only memory of the module; past its end a write fails as on any
+    // stream that cannot grow.
+    if (resource_ != nullptr) {
+        if (status_ == Q5_STATUS_GOOD && position_ + count > size_) status_ = Q5_STATUS_NO_ROOM;
+        return 0;
+    }
     const std::int64_t from = position_;
     std::int64_t put = count;
     if (!Room(put, true)) return 0;

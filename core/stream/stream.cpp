@@ -284,14 +284,15 @@ bool q5_STREAM::CloseChunk() {
         Seek(end, 0);
     } else {
         // Summed without wrapping, so that a damaged size never sends the reader backwards
-        // past the chunk's own header.
+        // past the chunk's own header. An end beyond 32-bit positions is not sought at all:
+        // a file stream would take it modulo 2^32.
         const std::int64_t end = static_cast<std::int64_t>(chunk->start) + chunk->size;
         const std::int64_t position = Tell();
         if (position != end) {
             if (position > end)
                 CoreErrorW(u"Invalid chunk usage. ID: 0x%x, size:%d",
                            static_cast<unsigned>(chunk->id), static_cast<int>(chunk->size));
-            Seek(end, 0);
+            if (end <= UINT32_MAX) Seek(end, 0);
         }
     }
     chunks_ = chunk->enclosing;

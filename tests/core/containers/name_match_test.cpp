@@ -36,14 +36,15 @@ TEST(NameMatch, StarsDotsAndQuestionMarks) {
     ExpectAll(CmpNameExW, cases);
 }
 
-// A minus at either end of a set is a member; "[" without a closing "]" is an ordinary unit;
-// only units below 256 fold.
+// A range takes both its ends; a minus at either end of a set is a member; "[" without a
+// closing "]" is an ordinary unit; only units below 256 fold.
 TEST(NameMatch, SetsCaseAndNullTexts) {
     const MatchCase cases[] = {
-        {u"[a-c]*", u"Beta", 1}, {u"[a-cx-z]", u"y", 1}, {u"[a-cx-z]", u"d", 0},
-        {u"[]", u"]", 0},        {u"[-x]", u"-", 1},     {u"[-x]", u"a", 0},
-        {u"[x-]", u"-", 1},      {u"[abc", u"[ABC", 1},  {u"\u0430", u"\u0410", 0},
-        {nullptr, u"a", 0},      {u"*", nullptr, 0}};
+        {u"[b-d]", u"b", 1},       {u"[b-d]", u"D", 1},     {u"[b-d]", u"a", 0},
+        {u"[b-d]", u"e", 0},       {u"[a-c]*", u"Beta", 1}, {u"[a-cx-z]", u"y", 1},
+        {u"[a-cx-z]", u"d", 0},    {u"[]", u"]", 0},        {u"[-x]", u"-", 1},
+        {u"[-x]", u"a", 0},        {u"[x-]", u"-", 1},      {u"[abc", u"[ABC", 1},
+        {u"\u0430", u"\u0410", 0}, {nullptr, u"a", 0},      {u"*", nullptr, 0}};
     ExpectAll(CmpNameExW, cases);
 }
 

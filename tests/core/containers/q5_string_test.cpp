@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 
 namespace {
@@ -86,6 +87,8 @@ TEST(StringNumber, OnlyDigitsAreNumericAndOnlyEmptyIsAnError) {
     EXPECT_EQ(q5_STRING().ToInt(&error), 0);
     EXPECT_TRUE(error);
     EXPECT_DOUBLE_EQ(Str(u"2.5mm").ToFloat(&error), 2.5);
+    EXPECT_FALSE(error);
+    EXPECT_EQ(Str(u"-1e999").ToFloat(&error), -HUGE_VAL); // beyond a double, as the C library
     EXPECT_FALSE(error);
 }
 

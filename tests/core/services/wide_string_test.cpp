@@ -54,3 +54,18 @@ TEST(WideNumbers, ReadTheLongestPrefixAndSaturateAtThirtyTwoBits) {
     EXPECT_EQ(q5wtof(u"abc"), 0.0);
     EXPECT_TRUE(std::isinf(q5wtof(u"inf")));
 }
+
+// Out of a double's range the size of the number decides, not the sign of its exponent:
+// 1 and 400 zeros e-50 is 1e350; 0. and 400 zeros 1e50 is 1e-351.
+TEST(WideNumbers, BeyondTheRangeOfADoubleGiveHugeValOrSignedZero) {
+    const std::u16string zeros(400, u'0');
+    EXPECT_EQ(q5wtof(u"1e400"), HUGE_VAL);
+    EXPECT_EQ(q5wtof(u"-0.01e311x"), -HUGE_VAL);
+    EXPECT_EQ(q5wtof((u"1" + zeros + u"e-50").c_str()), HUGE_VAL);
+    const double tiny = q5wtof((u"0." + zeros + u"1e50").c_str());
+    EXPECT_EQ(tiny, 0.0);
+    EXPECT_FALSE(std::signbit(tiny));
+    const double negativeTiny = q5wtof(u"-123e-400");
+    EXPECT_EQ(negativeTiny, 0.0);
+    EXPECT_TRUE(std::signbit(negativeTiny));
+}

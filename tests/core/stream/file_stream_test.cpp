@@ -69,6 +69,9 @@ TEST_F(FileStreamTest, SeekFromCurrentOrEndAnswersOne) {
     EXPECT_EQ(stream->Seek(-3, 2), 1);
     EXPECT_EQ(stream->Tell(), 7);
     EXPECT_EQ(stream->Seek(2, 0), 2);
+    // From the start only the low 32 bits of the offset count: 2^32 + 6 is 6.
+    EXPECT_EQ(stream->Seek((std::int64_t{1} << 32) + 6, 0), 6);
+    EXPECT_EQ(stream->ReadWord(), '6' | '7' << 8);
     EXPECT_EQ(stream->Seek(-1, 0), -1);
     ExpectOneReportStartingWith(
         u"FILE Stream error:\nInfo:\tQ5_FILESTREAM::Seek error\nOS Info:\t");

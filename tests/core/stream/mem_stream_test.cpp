@@ -33,6 +33,18 @@ TEST_F(MemStream, GrowsInWholeBlocksOf64KiB) {
     EXPECT_EQ(static_cast<unsigned char*>(stream_->GetMemoryBase())[65536], 0x11);
 }
 
+TEST_F(MemStream, OneWriteAcrossSeveralNewBlocksLandsWhole) {
+    stream_->Write("head", 4);
+    Bytes data(200000);
+    for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<std::uint8_t>(i % 251);
+    EXPECT_EQ(stream_->Write(data.data(), 200000), 200000);
+    // 200004 bytes take 200004 / 65536 + 1 = 4 blocks of 64 KiB.
+    EXPECT_EQ(q5_MEM_Size(stream_->GetHANDLE()), 262144u);
+    EXPECT_EQ(stream_->GetSize(), 200004);
+    EXPECT_EQ(stream_->Tell(), 200004);
+    EXPECT_EQ(Contents(*stream_), Text("head") + data);
+}
+
 TEST_F(MemStream, SeeksUpToTheSizeAndTruncatesTheBlockExactly) {
     stream_->Write("0123456789", 10);
     EXPECT_EQ(stream_->Seek(10, 0), 10);
@@ -97,6 +109,12 @@ TEST_F(MemStream, ResourceOfTheModuleReadsButIsNotWritten) {
     EXPECT_EQ(stream->Read(start, 15), 15);
     EXPECT_STREQ(start, "1=\"Software Z-B");
     EXPECT_EQ(stream->Write("x", 1), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_GOOD);
+    // Across the end a write fails as on a caller's area, and reads stop until a seek.
+    stream->Seek(-1, 2);
+    EXPECT_EQ(stream->Write("xy", 2), 0);
+    EXPECT_EQ(stream->GetStatus(), Q5_STATUS_NO_ROOM);
+    EXPECT_EQ(stream->Read(start, 1), 0);
     EXPECT_EQ(q5_STREAM::CreateW(nullptr, u"LNG|NOSUCH", Q5_STREAM_RESOURCE), nullptr);
 }
 
