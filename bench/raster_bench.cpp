@@ -98,17 +98,6 @@ const workload::RandomSet& SmallSet() {
     return set;
 }
 
-constexpr const char* kModeNames[kFillModeCount] = {"Flat",
-                                                    "Gouraud",
-                                                    "FlatBlended",
-                                                    "GouraudBlended",
-                                                    "FlatTextured",
-                                                    "GouraudTextured",
-                                                    "FlatTexturedBlended",
-                                                    "GouraudTexturedBlended",
-                                                    "FlatTextureAlpha",
-                                                    "GouraudTextureAlpha"};
-
 // Whole frames of a triangle set: clear, then `draw` with each triangle in the vertex list.
 // The rasterizer steps vertices in place, so each frame starts from fresh copies.
 template <typename Draw>
@@ -231,7 +220,7 @@ void PeerRandom(benchmark::State& state, bool small) {
 
 int main(int argc, char** argv) {
     for (int m = 0; m < kFillModeCount; ++m)
-        bench::Frame(std::string("fill/") + kModeNames[m], FillRate, static_cast<FillMode>(m),
+        bench::Frame(std::string("fill/") + kFillModeNames[m], FillRate, static_cast<FillMode>(m),
                      false);
     bench::Frame("fillw/Gouraud", FillRate, FillMode::Gouraud, true);
     bench::Frame("small/Gouraud", SmallTriangles);

@@ -88,12 +88,15 @@ TEST_F(FaceGroup, ClipCodesChooseBetweenProjectingDroppingAndClipping) {
     Add({{{0, 0, 1}, {0, 4, 1}, {4, 0, 1}}});  // code 1 is no plane: projected as it is
     Add({{{0, 0, 2}, {0, 4, 2}, {4, 0, 6}}});  // all outside plane 1: no view call at all
     Add({{{4, 0, 2}, {4, 8, 4}, {12, 0, 0}}}); // partly outside: the view clips it
+    // Codes 3, 5 and 1 share only bit 0, which is no plane: clipped, not dropped.
+    Add({{{10, 8, 3}, {10, 12, 5}, {14, 8, 1}}});
     EXPECT_EQ(Draw(), 1);
-    EXPECT_EQ(view.calls, (std::vector<std::string>{"project list 3", "clip 3", "project 3"}));
-    // What is left of the third is (9,0) (9,3) (12,0).
-    EXPECT_EQ(
-        Written(),
-        (Spans{{0, 0, 4}, {0, 9, 12}, {1, 0, 3}, {1, 9, 11}, {2, 0, 2}, {2, 9, 10}, {3, 0, 1}}));
+    EXPECT_EQ(view.calls, (std::vector<std::string>{"project list 3", "clip 3", "project 3",
+                                                    "clip 3", "project 3"}));
+    // What is left of the third is (9,0) (9,3) (12,0); the fourth is wholly inside.
+    const Spans expected{{0, 0, 4}, {0, 9, 12},  {1, 0, 3},   {1, 9, 11},   {2, 0, 2},   {2, 9, 10},
+                         {3, 0, 1}, {8, 10, 14}, {9, 10, 13}, {10, 10, 12}, {11, 10, 11}};
+    EXPECT_EQ(Written(), expected);
     EXPECT_EQ(Pixel(0, 0), kFaceColour);
 }
 

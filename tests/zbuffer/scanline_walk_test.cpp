@@ -1,5 +1,6 @@
 // Scanline walk on hand-worked polygons: span ends, clipping, depth stepping and testing; points
 // and the back-face rule.
+#include "filler_oracle.h"
 #include "raster_frame.h"
 #include "zbuffer/back_face.h"
 #include "zbuffer/raster/point_plot.h"
@@ -88,6 +89,31 @@ TEST(DepthStepping, StepsByQuotientAndRemainderAfterTheBias) {
     g.Draw(Polygon{Vertex(0, 0, 10), Vertex(3, 0, -1), Vertex(3, 1, -1), Vertex(0, 1, 10)});
     EXPECT_EQ(g.Depth(1, 0), 6);
     EXPECT_EQ(g.Depth(2, 0), 2);
+}
+
+TEST(DepthStepping, EdgesCarryTheirRemainderFromScanlineToScanline) {
+    // One column under a left edge from 0 to 15 or to -15 over 6 scanlines: steps of 2
+    // remainder 3 carry where the remainder reaches 6 (scanlines 2 and 4); steps of -2
+    // remainder -3 borrow where it drops below 0 (1, 3 and 5), not where it is 0.
+    const struct {
+        std::int32_t bottom;
+        std::int32_t expected[6];
+    } edges[] = {{15, {0, 2, 5, 7, 10, 12}}, {-15, {0, -3, -5, -8, -10, -13}}};
+    // The oracle's closed form must come to the same depths as the stepping.
+    const auto oracle = [](RasterContext& rc, FillMode m) { return FillPolygonOracle(rc, m); };
+    for (const auto fill : {&FillPolygon, +oracle}) {
+        for (const auto& e : edges) {
+            // Whole, and from 3 scanlines above the frame, which the fast path jumps at once.
+            for (const int top : {0, -3}) {
+                RasterFrame f(3, 7);
+                f.Draw(Polygon{Vertex(0, top, 0), Vertex(1, top, 0), Vertex(1, top + 6, e.bottom),
+                               Vertex(0, top + 6, e.bottom)},
+                       FillMode::Flat, fill);
+                for (int y = std::max(top, 0); y < top + 6; ++y)
+                    EXPECT_EQ(f.Depth(0, y), e.expected[y - top]) << e.bottom << " at " << y - top;
+            }
+        }
+    }
 }
 
 TEST(DepthTest, EqualDepthOverwritesFartherDoesNotUnlessAlwaysPassing) {

@@ -2,6 +2,7 @@
 #include "zbuffer/raster/edge_setup.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 
 int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
@@ -56,9 +57,9 @@ void SetupEdgeColours(EdgeRecord* edges, int count, std::uint32_t multiplier) {
 std::int32_t TexelPosition(float coordinate, std::int32_t size) {
     const double p = std::trunc(static_cast<double>(coordinate) * kTexelOne * size);
     if (p > kTexelPositionLimit) return kTexelPositionLimit;
-    // Below the shift of the textured dispatch nothing is negative; this only keeps a wild
-    // value (or NaN) from overflowing the conversion.
-    if (!(p >= -kTexelPositionLimit)) return -kTexelPositionLimit;
+    // Only large positions are limited. Below 32 bits (and NaN) the result is what the
+    // processor's truncating conversion gives there: the lowest value.
+    if (!(p >= INT32_MIN)) return INT32_MIN;
     return static_cast<std::int32_t>(p);
 }
 
@@ -67,8 +68,8 @@ void SetupEdgeTexture(const RasterContext& rc, EdgeRecord* edges, int count) {
         EdgeRecord& e = edges[i];
         e.u = TexelPosition(e.top->u, rc.texWidth);
         e.v = TexelPosition(e.top->v, rc.texHeight);
-        e.uStep = (TexelPosition(e.bottom->u, rc.texWidth) - e.u) / e.scanlines;
-        e.vStep = (TexelPosition(e.bottom->v, rc.texHeight) - e.v) / e.scanlines;
+        e.uStep = WrappedDifference(e.u, TexelPosition(e.bottom->u, rc.texWidth)) / e.scanlines;
+        e.vStep = WrappedDifference(e.v, TexelPosition(e.bottom->v, rc.texHeight)) / e.scanlines;
     }
 }
 

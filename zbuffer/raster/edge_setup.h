@@ -34,6 +34,16 @@ inline std::int32_t ScanlineOf(std::int32_t y) {
     return y >> kSubpixelBits;
 }
 
+// Texture positions span the whole 32-bit range, so they step and subtract modulo 2^32.
+inline std::int32_t WrappedDifference(std::int32_t from, std::int32_t to) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(to) -
+                                     static_cast<std::uint32_t>(from));
+}
+inline void WrappingAdd(std::int32_t& value, std::int32_t step) {
+    value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
+                                      static_cast<std::uint32_t>(step));
+}
+
 // Exact stepping of an integer value by quotient and remainder of a division by `divisor`.
 inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::int32_t step,
                             std::int32_t stepRemainder, std::int32_t divisor) {
@@ -78,7 +88,7 @@ void SetupEdgeColours(EdgeRecord* edges, int count, std::uint32_t multiplier);
 // Texture start and steps from the vertices' u and v in the bound texture's texels.
 void SetupEdgeTexture(const RasterContext& rc, EdgeRecord* edges, int count);
 
-// 20.12 texel position of a texture coordinate, truncated and limited to 2^29.
+// 20.12 texel position of a texture coordinate, truncated; limited to 2^29 from above only.
 std::int32_t TexelPosition(float coordinate, std::int32_t size);
 
 // Links the edges into a list by ascending top y; an edge goes in front of the first listed

@@ -134,7 +134,7 @@ inline bool ShadePixel(const RasterContext& rc, const PolygonConstants& pc, cons
     }
 }
 
-// Steps over `count` columns at once (the fast path's left clip).
+// Steps over `count` columns at once: the left clip.
 template <FillMode M> inline void SkipColumns(SpanState& s, std::int32_t count) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
@@ -157,8 +157,8 @@ template <FillMode M> inline void StepSpan(SpanState& s) {
         for (int k = 0; k < 3; ++k) s.c[k] += static_cast<std::uint32_t>(s.cStep[k]);
     }
     if constexpr (T.textured) {
-        s.u += s.uStep;
-        s.v += s.vStep;
+        WrappingAdd(s.u, s.uStep);
+        WrappingAdd(s.v, s.vStep);
     }
 }
 
@@ -166,12 +166,8 @@ inline std::int32_t WrappedStep(std::uint32_t from, std::uint32_t to, std::int32
     return static_cast<std::int32_t>(to - from) / width;
 }
 
-// The two ways through a polygon: the reference steps over off-screen columns and scanlines
-// one at a time; the fast path jumps over them in one step with the same result.
-enum class Path { Reference, Fast };
-
 // One scanline between two active edges; the right end column is exclusive.
-template <FillMode M, Path P>
+template <FillMode M>
 void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t y,
               const EdgeRecord& a, const EdgeRecord& b) {
     constexpr ModeTraits T = TraitsOf(M);
@@ -200,15 +196,11 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
     if constexpr (T.textured) {
         s.u = l.u;
         s.v = l.v;
-        s.uStep = (r.u - l.u) / s.width;
-        s.vStep = (r.v - l.v) / s.width;
+        s.uStep = WrappedDifference(l.u, r.u) / s.width;
+        s.vStep = WrappedDifference(l.v, r.v) / s.width;
     }
     // Columns left of the frame are stepped over, not written: no subpixel prestep.
-    if constexpr (P == Path::Fast) {
-        if (firstColumn > left) SkipColumns<M>(s, firstColumn - left);
-    } else {
-        for (std::int32_t x = left; x < firstColumn; ++x) StepSpan<M>(s);
-    }
+    if (firstColumn > left) SkipColumns<M>(s, firstColumn - left);
 
     std::uint8_t* px = rc.colourBase +
                        static_cast<std::ptrdiff_t>(rc.rowBias + rc.clipMinY - y) * rc.colourPitch +
@@ -225,8 +217,8 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
 template <FillMode M> inline void StepEdge(EdgeRecord& e) {
     constexpr ModeTraits T = TraitsOf(M);
     if constexpr (T.textured) {
-        e.u += e.uStep;
-        e.v += e.vStep;
+        WrappingAdd(e.u, e.uStep);
+        WrappingAdd(e.v, e.vStep);
     }
     e.y += kSubpixelOne;
     e.x += e.xStep;
@@ -260,7 +252,7 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
     }
 }
 
-template <FillMode M, Path P> int FillPolygonIn(RasterContext& rc) {
+template <FillMode M> int FillPolygonIn(RasterContext& rc) {
     constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
     if (vertexCount <= 0 || vertexCount > kMaxPolygonVertices) return 0;
@@ -288,20 +280,18 @@ template <FillMode M, Path P> int FillPolygonIn(RasterContext& rc) {
     EdgeRecord* next = b->next;
     const std::int32_t last = LastScanline(rc, head, vertexCount, count);
     for (std::int32_t y = ScanlineOf(head->top->y); y <= last; ++y) {
-        if constexpr (P == Path::Fast) {
-            // Above the frame: jump to the scanline where an edge changes hands or the frame
-            // begins, whichever comes first.
-            if (y < 0) {
-                const std::int32_t stop = std::min(
-                    {ScanlineOf(a->bottom->y), ScanlineOf(b->bottom->y), std::int32_t{-1}, last});
-                if (stop > y) {
-                    SkipScanlines<M>(*a, stop - y);
-                    SkipScanlines<M>(*b, stop - y);
-                    y = stop;
-                }
+        // Above the frame: jump to the scanline where an edge changes hands or the frame
+        // begins, whichever comes first.
+        if (y < 0) {
+            const std::int32_t stop = std::min(
+                {ScanlineOf(a->bottom->y), ScanlineOf(b->bottom->y), std::int32_t{-1}, last});
+            if (stop > y) {
+                SkipScanlines<M>(*a, stop - y);
+                SkipScanlines<M>(*b, stop - y);
+                y = stop;
             }
         }
-        if (y >= 0) FillSpan<M, P>(rc, pc, y, *a, *b);
+        if (y >= 0) FillSpan<M>(rc, pc, y, *a, *b);
         // An edge serves through its bottom scanline, then the next listed edge takes over.
         const std::int32_t nextY = y + 1;
         if (ScanlineOf(a->bottom->y) < nextY) {
@@ -323,23 +313,17 @@ template <FillMode M, Path P> int FillPolygonIn(RasterContext& rc) {
 using PolygonFiller = int (*)(RasterContext&);
 
 // Indexed by FillMode.
-template <Path P, std::size_t... I>
+template <std::size_t... I>
 constexpr std::array<PolygonFiller, sizeof...(I)> MakeFillerTable(std::index_sequence<I...>) {
-    return {&FillPolygonIn<static_cast<FillMode>(I), P>...};
+    return {&FillPolygonIn<static_cast<FillMode>(I)>...};
 }
 
-constexpr auto kFillers = MakeFillerTable<Path::Fast>(std::make_index_sequence<kFillModeCount>{});
-constexpr auto kReferenceFillers =
-    MakeFillerTable<Path::Reference>(std::make_index_sequence<kFillModeCount>{});
-static_assert(kFillers.size() == kFillModeCount && kReferenceFillers.size() == kFillModeCount);
+constexpr auto kFillers = MakeFillerTable(std::make_index_sequence<kFillModeCount>{});
+static_assert(kFillers.size() == kFillModeCount);
 static_assert(static_cast<int>(FillMode::GouraudTextureAlpha) == kFillModeCount - 1);
 
 } // namespace
 
 int FillPolygon(RasterContext& rc, FillMode mode) {
     return kFillers[static_cast<std::size_t>(mode)](rc);
-}
-
-int FillPolygonReference(RasterContext& rc, FillMode mode) {
-    return kReferenceFillers[static_cast<std::size_t>(mode)](rc);
 }

@@ -19,12 +19,19 @@ enum class FillMode : std::uint8_t {
     GouraudTextureAlpha,
 };
 inline constexpr int kFillModeCount = 10;
+// Indexed by FillMode, for benchmarks and test reports.
+inline constexpr const char* kFillModeNames[kFillModeCount] = {"Flat",
+                                                               "Gouraud",
+                                                               "FlatBlended",
+                                                               "GouraudBlended",
+                                                               "FlatTextured",
+                                                               "GouraudTextured",
+                                                               "FlatTexturedBlended",
+                                                               "GouraudTexturedBlended",
+                                                               "FlatTextureAlpha",
+                                                               "GouraudTextureAlpha"};
 
 // Fills the polygon of rc.vertexList / rc.vertexCount in the given mode. Returns 0 when it drew
 // nothing because the polygon has 0 or more than 8 vertices or fewer than two edges that
 // cross a scanline, else 1. Textured modes need a bound texture.
 int FillPolygon(RasterContext& rc, FillMode mode);
-
-// The same fill stepping one column and one scanline at a time everywhere, kept as the
-// reference that FillPolygon must match bit for bit.
-int FillPolygonReference(RasterContext& rc, FillMode mode);

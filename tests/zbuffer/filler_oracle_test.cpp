@@ -1,0 +1,257 @@
+// Every filler against the naive oracle: thousands of random polygons per mode, drawn both ways
+// over the same random frame content, must leave the same colour and depth bytes.
+#include "filler_oracle.h"
+#include "raster_frame.h"
+#include "zbuffer/raster/texture_binding.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <deque>
+#include <numbers>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kFrames = 200;
+constexpr int kPolygonsPerFrame = 50;
+
+using Rng = std::mt19937;
+
+int Between(Rng& rng, int lo, int hi) {
+    return std::uniform_int_distribution<int>(lo, hi)(rng);
+}
+double Real(Rng& rng, double lo, double hi) {
+    return std::uniform_real_distribution<double>(lo, hi)(rng);
+}
+// 0 and 255 often: they take their own ways through the blends.
+std::uint8_t Channel(Rng& rng) {
+    const int pick = Between(rng, 0, 5);
+    return pick == 0 ? 0 : pick == 1 ? 255 : static_cast<std::uint8_t>(rng());
+}
+
+struct Texture {
+    Texture(Rng& rng, int width, int height, int bits, bool topDown)
+        : picture(width, height, bits, topDown) {
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                picture.SetTexel(x, y, (rng() & 0xFFFFFF) | std::uint32_t{Channel(rng)} << 24);
+        // The palette's reserved bytes come back as alpha.
+        auto* palette = reinterpret_cast<std::uint8_t*>(picture.header) + 40;
+        for (int i = 0; i < 256 * 4; ++i) palette[i] = i % 4 == 3 ? Channel(rng) : rng() & 0xFF;
+        material.textures[0] = &picture;
+    }
+    TestPicture picture;
+    q5_MATERIAL material;
+};
+
+// Everything a polygon is drawn with besides its vertices.
+struct DrawState {
+    std::int32_t opacity = 255;
+    std::int32_t depthBias = 0;
+    RgbBytes flat;
+    bool doubled = false;
+    bool alwaysPasses = false;
+    const Texture* texture = nullptr;
+
+    void ApplyTo(RasterContext& rc) const {
+        rc.opacity = opacity;
+        rc.inverseOpacity = 255 - opacity;
+        rc.depthBias = depthBias;
+        rc.flatColour = flat;
+        rc.doubleResolution = doubled;
+        rc.depthAlwaysPasses = alwaysPasses;
+        if (texture) BindMaterialTexture(rc, &texture->material, 0);
+    }
+};
+
+// Triangles anywhere in a box, slim or round convex polygons of up to 8 corners, axis-aligned
+// rectangles and crossed polygons whose edges come to the walk out of order, from a fifth of a
+// pixel to many frames across, often beside or over the frame's edges; some snapped to half
+// pixels so that edges turn horizontal or share scanlines. Crossed polygons are never quads:
+// which two of a crossed quad's edges end it is left open.
+std::vector<ScreenVertex> RandomPolygon(Rng& rng, int width, int height, std::int32_t depthScale) {
+    const double r = std::exp(Real(rng, std::log(0.2), std::log(700.0)));
+    const double cx = Real(rng, -0.3 * width, 1.3 * width);
+    const double cy = Real(rng, -0.3 * height, 1.3 * height);
+    std::vector<std::array<double, 2>> corners;
+    const int kind = Between(rng, 0, 7);
+    if (kind < 3 || kind == 7) {
+        const int n = kind == 7 ? std::array{3, 5, 6, 7, 8}[Between(rng, 0, 4)] : 3;
+        for (int i = 0; i < n; ++i)
+            corners.push_back({cx + Real(rng, -r, r), cy + Real(rng, -r, r)});
+    } else if (kind == 3) {
+        const double w = Real(rng, 0, r), h = Real(rng, 0, r);
+        corners = {{cx - w, cy - h}, {cx + w, cy - h}, {cx + w, cy + h}, {cx - w, cy + h}};
+    } else {
+        const int n = Between(rng, 3, 8);
+        const double slim = Real(rng, 0.05, 1.0), turn = Real(rng, 0, std::numbers::pi);
+        std::vector<double> angles(n);
+        for (double& a : angles) a = Real(rng, 0, 2 * std::numbers::pi);
+        std::sort(angles.begin(), angles.end());
+        for (double a : angles) {
+            const double x = r * std::cos(a), y = slim * r * std::sin(a);
+            corners.push_back({cx + x * std::cos(turn) - y * std::sin(turn),
+                               cy + x * std::sin(turn) + y * std::cos(turn)});
+        }
+    }
+    if (Between(rng, 0, 3) == 0)
+        for (auto& c : corners) c = {std::round(2 * c[0]) / 2, std::round(2 * c[1]) / 2};
+    if (rng() % 2) std::reverse(corners.begin(), corners.end());
+
+    // Depths stay within 2^30 so that their differences fit 32 bits.
+    const std::int32_t base = Between(rng, -depthScale, depthScale);
+    const int spreadPick = Between(rng, 0, 2);
+    const std::int32_t spread = spreadPick == 0   ? 0
+                                : spreadPick == 1 ? depthScale / 64
+                                                  : depthScale;
+    const bool oneColour = Between(rng, 0, 4) == 0;
+    const double uvRange = std::array{1.0, 8.0, 100.0}[Between(rng, 0, 2)];
+    const RgbBytes shared{Channel(rng), Channel(rng), Channel(rng)};
+    std::vector<ScreenVertex> out;
+    for (const auto& c : corners) {
+        const std::int32_t z =
+            std::clamp(base + Between(rng, -spread, spread), -(1 << 30), 1 << 30);
+        const RgbBytes colour =
+            oneColour ? shared : RgbBytes{Channel(rng), Channel(rng), Channel(rng)};
+        ScreenVertex v = Vertex(c[0], c[1], z, colour.red, colour.green, colour.blue);
+        // Now and then far enough out to be limited to 2^29 or to leave 32 bits below.
+        const auto coordinate = [&] {
+            return static_cast<float>(Between(rng, 0, 15) == 0 ? Real(rng, -1e6, 1e6)
+                                                               : Real(rng, -uvRange / 4, uvRange));
+        };
+        v.u = coordinate();
+        v.v = coordinate();
+        out.push_back(v);
+    }
+    return out;
+}
+
+std::string Describe(const std::vector<ScreenVertex>& vertices, const DrawState& s) {
+    std::ostringstream o;
+    o << "opacity " << s.opacity << ", depth bias " << s.depthBias << ", flat " << int{s.flat.red}
+      << ',' << int{s.flat.green} << ',' << int{s.flat.blue}
+      << (s.doubled ? ", double resolution" : "")
+      << (s.alwaysPasses ? ", depth always passes" : "");
+    if (s.texture) {
+        const q5_BITMAPINFOHEADER& h = *s.texture->picture.header;
+        o << ", texture " << h.biWidth << 'x' << h.biHeight << 'x' << h.biBitCount
+          << (s.texture->picture.rowsTopDown ? " top-down" : "");
+    }
+    o.precision(9);
+    for (const ScreenVertex& v : vertices)
+        o << "\n  x " << v.x << " y " << v.y << " (1/256 px) z " << v.z << " rgb " << int{v.red}
+          << ',' << int{v.green} << ',' << int{v.blue} << " u " << v.u << " v " << v.v;
+    return o.str();
+}
+
+std::string Show(Bgra p, std::int32_t depth) {
+    std::ostringstream o;
+    o << "bgra " << int{p.b} << ',' << int{p.g} << ',' << int{p.r} << ',' << int{p.a} << " depth "
+      << depth;
+    return o.str();
+}
+
+// Empty when both frames, guard rows included, hold the same bytes; else the first pixel that
+// differs with what was there before.
+std::string FirstDifference(const RasterFrame& fast, const RasterFrame& oracle, int width,
+                            int height, const std::vector<Bgra>& beforePixels,
+                            const std::vector<std::int32_t>& beforeDepths) {
+    if (fast == oracle) return "";
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            if (fast.Pixel(x, y) == oracle.Pixel(x, y) && fast.Depth(x, y) == oracle.Depth(x, y))
+                continue;
+            const int i = y * width + x;
+            return "pixel " + std::to_string(x) + "," + std::to_string(y) + ": filler " +
+                   Show(fast.Pixel(x, y), fast.Depth(x, y)) + ", oracle " +
+                   Show(oracle.Pixel(x, y), oracle.Depth(x, y)) + ", before " +
+                   Show(beforePixels[i], beforeDepths[i]);
+        }
+    return fast.GuardsIntact() ? "the oracle wrote outside the frame"
+                               : "the filler wrote outside the frame";
+}
+
+class FillerOracle : public ::testing::TestWithParam<int> {};
+
+TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
+    const auto mode = static_cast<FillMode>(GetParam());
+    const bool textured = mode >= FillMode::FlatTextured;
+    Rng rng(9173 + GetParam());
+    std::deque<Texture> textures;
+    constexpr int kSizes[][3] = {{1, 1, 32},   {8, 8, 32}, {7, 13, 32}, {5, 3, 24},
+                                 {64, 16, 24}, {16, 4, 8}, {3, 9, 8}};
+    for (const auto& [w, h, bits] : kSizes)
+        for (bool topDown : {false, true}) textures.emplace_back(rng, w, h, bits, topDown);
+
+    for (int frame = 0; frame < kFrames; ++frame) {
+        const int width = Between(rng, 1, 48), height = Between(rng, 1, 36);
+        RasterFrame fast(width, height), oracle(width, height);
+        // Depths near one another, so that ties and crossings are common, or spread wide.
+        const std::int32_t depthScale = std::array{64, 1 << 20, 1 << 30}[Between(rng, 0, 2)];
+        std::vector<Bgra> pixels(width * height);
+        std::vector<std::int32_t> depths(width * height);
+        for (int i = 0; i < width * height; ++i) {
+            pixels[i] = std::bit_cast<Bgra>(static_cast<std::uint32_t>(rng()));
+            depths[i] =
+                Between(rng, 0, 7) == 0 ? kDepthEmpty : Between(rng, -depthScale, depthScale);
+        }
+        for (RasterFrame* f : {&fast, &oracle}) {
+            for (int i = 0; i < width * height; ++i) f->Set(i % width, i / width, pixels[i]);
+            std::copy(depths.begin(), depths.end(), f->rc.depthBase);
+        }
+
+        for (int i = 0; i < kPolygonsPerFrame; ++i) {
+            DrawState s;
+            const int opacityPick = Between(rng, 0, 3);
+            s.opacity = opacityPick == 0 ? 0 : opacityPick == 1 ? 255 : Between(rng, 0, 255);
+            s.depthBias =
+                Between(rng, -4, 4) * 1024 + (Between(rng, 0, 3) == 0 ? Between(rng, -9, 9) : 0);
+            s.flat = RgbBytes{Channel(rng), Channel(rng), Channel(rng)};
+            s.doubled = Between(rng, 0, 3) == 0;
+            s.alwaysPasses = Between(rng, 0, 5) == 0;
+            if (textured)
+                s.texture = &textures[Between(rng, 0, static_cast<int>(textures.size()) - 1)];
+            const std::vector<ScreenVertex> vertices =
+                RandomPolygon(rng, width, height, depthScale);
+
+            for (int k = 0; k < width * height; ++k) {
+                pixels[k] = oracle.Pixel(k % width, k / width);
+                depths[k] = oracle.Depth(k % width, k / width);
+            }
+            Polygon forFiller(vertices), forOracle(vertices);
+            s.ApplyTo(fast.rc);
+            s.ApplyTo(oracle.rc);
+            forFiller.Use(fast.rc);
+            forOracle.Use(oracle.rc);
+            const int filled = FillPolygon(fast.rc, mode);
+            const int expected =
+                FillPolygonOracle(oracle.rc, mode, s.texture ? &s.texture->picture : nullptr);
+            const auto where = [&] {
+                return "frame " + std::to_string(frame) + " (" + std::to_string(width) + "x" +
+                       std::to_string(height) + "), polygon " + std::to_string(i) + ": " +
+                       Describe(vertices, s);
+            };
+            ASSERT_EQ(filled, expected) << where();
+            ASSERT_EQ(std::memcmp(forFiller.vertices.data(), forOracle.vertices.data(),
+                                  vertices.size() * sizeof(ScreenVertex)),
+                      0)
+                << "vertices left differently, " << where();
+            const std::string difference =
+                FirstDifference(fast, oracle, width, height, pixels, depths);
+            ASSERT_EQ(difference, "") << where();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryMode, FillerOracle, ::testing::Range(0, kFillModeCount),
+                         [](const auto& info) { return std::string(kFillModeNames[info.param]); });
+
+} // namespace
