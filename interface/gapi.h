@@ -7,6 +7,9 @@ class DRIVER3D;
 class q5_PROPERTYSHEET;
 class q5_COLLECTION;
 class q5_PLUGINRECORD;
+class q5_STREAM;
+struct q5_GUID;
+struct FILETYPE;
 
 // Host levels of ReportMessage / ReportMessageA.
 inline constexpr std::int32_t kReportInfo = 0;
@@ -49,6 +52,17 @@ public:
                                      const q5_WCHAR* text) = 0;
     // Tells the user that an operation failed with `code`.
     virtual void ReportError(Q5RESULT code) = 0;
+    // The module whose resources stand for `module`'s (kind 1: its icons); module itself when
+    // it has no other.
+    virtual q5_HINSTANCE GetResourceModule(q5_HINSTANCE module, std::int32_t kind) = 0;
+    // Keeps copies of both icons at `index` of the host's icon list, or appends them when index
+    // is -1; the index used, or -1 when they could not be kept.
+    virtual std::int32_t SetIcons(q5_HICON small, q5_HICON large, std::int32_t index) = 0;
+    // The host's plug-in records in list order; null past the last.
+    virtual q5_PLUGINRECORD* GetPluginRecord(std::int64_t index) = 0;
+    // The host's collection of the types a configuration file places, emptied; the host keeps
+    // it, so it tells afterwards which types the file listed.
+    virtual q5_COLLECTION* GetPlacementCollection() = 0;
 
     // Implemented by the core library; a host may override them.
     // A new empty collection owned by the caller, or null.
@@ -60,7 +74,34 @@ public:
     // As LGetString, with defaultText for a missing id.
     virtual const q5_WCHAR* LGetStringEx(std::uint64_t table, std::int32_t id,
                                          const q5_WCHAR* defaultText);
+    // A new enabled type appended to the registry; null without memory. The texts are copied
+    // unless flags has 0x8000.
+    virtual FILETYPE* RegisterType(const q5_WCHAR* extensions, const q5_WCHAR* name,
+                                   std::int32_t icon, std::uint32_t flags, const q5_GUID& id);
+    // Puts the registry in type order; true.
+    virtual bool SortFileTypes();
+    // Writes the enable choices and a changed type order; true when any entry was written.
+    virtual bool SaveFiletypeConfig(q5_STREAM* stream);
+    // Applies what a written configuration says and ignores what it does not understand;
+    // false for a null stream or one without a "[plugins]" or "[formats]" section.
+    virtual bool LoadFiletypeConfig(q5_STREAM* stream);
+    // The index of the plug-in's icon (a name, or an integer id in the low 16 bits of the
+    // pointer) in the host's icon list, one index per format identifier; -1 for a null id.
+    virtual std::int32_t RegisterICON(q5_HINSTANCE module, const q5_WCHAR* resource,
+                                      const q5_GUID* id);
+
+    // The registry of file types, made on first use; null only without memory.
+    q5_COLLECTION* GetFileTypes();
+    // Entries of RegisterICON's cache, null before the first; the first index it was given.
+    q5_COLLECTION* GetIconCache() const { return iconCache_; }
+    std::int32_t GetFirstIconIndex() const { return firstIconIndex_; }
 
 protected:
-    ~q5_GAPI() = default;
+    // Frees the registry and the icon cache.
+    ~q5_GAPI();
+
+private:
+    q5_COLLECTION* fileTypes_ = nullptr;
+    q5_COLLECTION* iconCache_ = nullptr;
+    std::int32_t firstIconIndex_ = -1;
 };

@@ -22,6 +22,7 @@ using q5_HMEM = void*;      // a movable memory block
 using q5_HWND = void*;      // a window (POSIX: a host-owned pixel surface)
 using q5_HDC = void*;       // a device context
 using q5_HBITMAP = void*;   // a bitmap section
+using q5_HICON = void*;     // an icon (POSIX: an image object of the platform layer)
 
 // A file time: 100-nanosecond intervals since 1601-01-01 UTC, in two 32-bit halves.
 struct q5_FILETIME {

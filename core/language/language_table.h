@@ -1,6 +1,7 @@
 // Numbered string tables read from language files and "LNG" resources, and their lookups.
 #pragma once
 
+#include "interface/plugin_record.h"
 #include "interface/types.h"
 
 #include <cstddef>
@@ -8,20 +9,6 @@
 
 class q5_STREAM;
 class q5_LANGUAGETABLE;
-
-// The host's record of a loaded plug-in, as string tables see it. The table operation comes
-// first: a string-table handle is the address of such a record.
-class q5_PLUGINRECORD {
-public:
-    // The plug-in's own table, or null when it has none.
-    virtual q5_LANGUAGETABLE* GetLanguageTable() = 0;
-    virtual void SetLanguageTable(q5_LANGUAGETABLE* table) = 0;
-    // Names the plug-in in parse-error titles.
-    virtual const q5_WCHAR* GetName() = 0;
-
-protected:
-    ~q5_PLUGINRECORD() = default;
-};
 
 class q5_LANGUAGETABLE {
 public:

@@ -3,33 +3,14 @@
 
 #include <cstdio>
 
-#include "core/services/host_link.h"
+#include "core/containers/collection.h"
 #include "core/language/language_table.h"
+#include "core/platform/icon.h"
+#include "core/services/host_link.h"
 #include "core/services/text_convert.h"
+#include "host/app/host_plugin.h"
 #include "host/app/plugin_module.h"
 #include "interface/driver.h"
-
-// The host's record of a loaded module: its string table and name.
-class HostAPI::Record final : public q5_PLUGINRECORD {
-public:
-    Record(q5_HINSTANCE module, std::u16string name) : module_(module), name_(std::move(name)) {}
-    Record(const Record&) = delete;
-    Record& operator=(const Record&) = delete;
-    ~Record() { delete table_; }
-
-    q5_LANGUAGETABLE* GetLanguageTable() override { return table_; }
-    void SetLanguageTable(q5_LANGUAGETABLE* table) override {
-        if (table != table_) delete table_;
-        table_ = table;
-    }
-    const q5_WCHAR* GetName() override { return name_.c_str(); }
-    q5_HINSTANCE Module() const { return module_; }
-
-private:
-    q5_HINSTANCE module_;
-    std::u16string name_;
-    q5_LANGUAGETABLE* table_ = nullptr;
-};
 
 namespace {
 
@@ -67,7 +48,27 @@ HostAPI::HostAPI(IniSettings& settings) : settings_(settings) {
 }
 
 HostAPI::~HostAPI() {
+    // Plug-ins go first: they take their handlers out of the registry.
+    records_.clear();
+    for (auto& [small, large] : icons_) {
+        q5plat::DestroyIcon(small);
+        q5plat::DestroyIcon(large);
+    }
+    if (placement_ != nullptr) placement_->Release();
     if (q5GetHostAPI() == this) q5SetHostAPI(nullptr);
+}
+
+bool HostAPI::LoadLanguage(const std::string& folder) {
+    std::string withSeparator = folder;
+    if (!withSeparator.empty() && withSeparator.back() != '/' && withSeparator.back() != '\\')
+        withSeparator += '/';
+    return InitLanguage(nullptr, Wide(withSeparator).c_str(), u"ENG", u"Tessera");
+}
+
+HostPlugin* HostAPI::AddPlugin(const std::u16string& path, const std::u16string& name,
+                               const std::u16string& idText) {
+    records_.push_back(std::make_unique<HostPlugin>(*this, path, name, idText));
+    return records_.back().get();
 }
 
 std::string HostAPI::Utf8(const q5_WCHAR* text) {
@@ -89,7 +90,9 @@ void HostAPI::Emit(std::int32_t level, const std::string& text) {
     std::fprintf(stderr, "%s: %s: %s\n", program_.c_str(), LevelName(level), text.c_str());
 }
 
-HostAPI::Record* HostAPI::RecordOf(q5_HINSTANCE module) {
+HostPlugin* HostAPI::RecordOf(q5_HINSTANCE module) {
+    // Format plug-ins not loaded yet have no module.
+    if (module == nullptr) return nullptr;
     for (auto& r : records_)
         if (r->Module() == module) return r.get();
     return nullptr;
@@ -100,7 +103,11 @@ std::uint64_t HostAPI::OpenStringTable(q5_HINSTANCE module) {
     if (RecordOf(module) == nullptr) {
         std::u16string name = u"module";
         if (module_ != nullptr && module_->Handle() == module) name = Wide(module_->Path());
-        records_.push_back(std::make_unique<Record>(module, std::move(name)));
+        // The file name alone stays the same wherever the program is installed.
+        const std::size_t cut = name.find_last_of(u"/\\");
+        std::u16string idText = cut == std::u16string::npos ? name : name.substr(cut + 1);
+        records_.push_back(
+            std::make_unique<HostPlugin>(module, std::move(name), std::move(idText)));
     }
     return q5OpenStringTable(module);
 }
@@ -186,4 +193,36 @@ void HostAPI::ReportTitledMessage(std::int32_t level, const q5_WCHAR* title, con
 
 void HostAPI::ReportError(Q5RESULT code) {
     Emit(kReportError, "operation failed (code " + std::to_string(code) + ")");
+}
+
+q5_HINSTANCE HostAPI::GetResourceModule(q5_HINSTANCE module, std::int32_t) {
+    return module;
+}
+
+std::int32_t HostAPI::SetIcons(q5_HICON small, q5_HICON large, std::int32_t index) {
+    const std::pair<q5_HICON, q5_HICON> copies{q5plat::CopyIcon(small), q5plat::CopyIcon(large)};
+    if (index < 0) {
+        icons_.push_back(copies);
+        return static_cast<std::int32_t>(icons_.size() - 1);
+    }
+    if (static_cast<std::size_t>(index) >= icons_.size()) {
+        q5plat::DestroyIcon(copies.first);
+        q5plat::DestroyIcon(copies.second);
+        return -1;
+    }
+    q5plat::DestroyIcon(icons_[index].first);
+    q5plat::DestroyIcon(icons_[index].second);
+    icons_[index] = copies;
+    return index;
+}
+
+q5_PLUGINRECORD* HostAPI::GetPluginRecord(std::int64_t index) {
+    if (index < 0 || static_cast<std::size_t>(index) >= records_.size()) return nullptr;
+    return records_[static_cast<std::size_t>(index)].get();
+}
+
+q5_COLLECTION* HostAPI::GetPlacementCollection() {
+    if (placement_ == nullptr) placement_ = q5_COLLECTION::Create(16, 16);
+    if (placement_ != nullptr) placement_->DeleteAll();
+    return placement_;
 }

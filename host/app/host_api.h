@@ -11,6 +11,7 @@
 #include "host/app/ini_settings.h"
 #include "interface/gapi.h"
 
+class HostPlugin;
 class PluginModule;
 
 class HostAPI final : public q5_GAPI {
@@ -42,6 +43,14 @@ public:
     bool SettingsWritten() const { return settingsWritten_; }
     const std::vector<Registration>& Registrations() const { return registrations_; }
     std::int32_t ErrorCount() const { return errors_; }
+    // Reads the host's main string table from `folder`/language.ln.
+    bool LoadLanguage(const std::string& folder);
+    // A format plug-in at `path`, loaded when one of its formats is first used (or by its
+    // Load); idText names it in the file-type configuration.
+    HostPlugin* AddPlugin(const std::u16string& path, const std::u16string& name,
+                          const std::u16string& idText);
+    // The icon list: the host's copies of every (small, large) pair given to SetIcons.
+    const std::vector<std::pair<q5_HICON, q5_HICON>>& Icons() const { return icons_; }
 
     std::uint64_t OpenStringTable(q5_HINSTANCE module) override;
     const q5_WCHAR* LGetString(std::uint64_t table, std::int32_t id) override;
@@ -64,14 +73,17 @@ public:
     void ReportTitledMessage(std::int32_t level, const q5_WCHAR* title,
                              const q5_WCHAR* text) override;
     void ReportError(Q5RESULT code) override;
+    q5_HINSTANCE GetResourceModule(q5_HINSTANCE module, std::int32_t kind) override;
+    std::int32_t SetIcons(q5_HICON small, q5_HICON large, std::int32_t index) override;
+    q5_PLUGINRECORD* GetPluginRecord(std::int64_t index) override;
+    q5_COLLECTION* GetPlacementCollection() override;
 
     // 16-bit text as UTF-8; null gives an empty text.
     static std::string Utf8(const q5_WCHAR* text);
 
 private:
-    class Record;
     void Emit(std::int32_t level, const std::string& text);
-    Record* RecordOf(q5_HINSTANCE module);
+    HostPlugin* RecordOf(q5_HINSTANCE module);
 
     IniSettings& settings_;
     PluginModule* module_ = nullptr;
@@ -80,7 +92,9 @@ private:
     std::string programFolder_;
     std::u16string pluginFolder_;
     std::vector<Registration> registrations_;
-    std::vector<std::unique_ptr<Record>> records_;
+    std::vector<std::unique_ptr<HostPlugin>> records_;
+    std::vector<std::pair<q5_HICON, q5_HICON>> icons_;
+    q5_COLLECTION* placement_ = nullptr;
     std::vector<std::pair<std::string, std::int32_t>> overrides_;
     std::int32_t errors_ = 0;
     bool settingsWritten_ = false;

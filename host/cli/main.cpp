@@ -91,6 +91,7 @@ int main(int argc, char** argv) {
     HostAPI host(settings);
     host.SetProgramName(kProgram);
     host.SetProgramFolder(folder);
+    host.LoadLanguage(folder);
     if (options.refine) host.OverrideSetting("Render\\ZB\\Refine", *options.refine ? 1 : 0);
     PluginModule module;
     const std::string modulePath =

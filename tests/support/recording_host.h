@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/containers/collection.h"
+#include "core/platform/icon.h"
 #include "core/services/host_link.h"
 #include "interface/gapi.h"
 
@@ -42,6 +44,10 @@ public:
     std::map<std::u16string, std::pair<std::u16string, q5_FILETIME>> resolvedNames;
     std::map<std::int32_t, std::u16string> folders;
     std::map<q5_HINSTANCE, q5_PLUGINRECORD*> pluginRecords;
+    std::map<q5_HINSTANCE, q5_HINSTANCE> resourceModules; // a module not listed is its own
+    std::vector<q5_PLUGINRECORD*> pluginList;             // what GetPluginRecord walks
+    // The host's icon list: copies of the icons given to SetIcons.
+    std::vector<std::pair<q5_HICON, q5_HICON>> icons;
 
     // Calls, in the order they arrived.
     std::vector<q5_HINSTANCE> openedTables;
@@ -53,6 +59,18 @@ public:
     std::vector<std::u16string> resolveRequests;
     std::vector<TitledReport> titledReports;
     std::vector<Q5RESULT> errorCodes;
+    std::vector<std::int32_t> setIconIndices;
+
+    RecordingHost() = default;
+    RecordingHost(const RecordingHost&) = delete;
+    RecordingHost& operator=(const RecordingHost&) = delete;
+    ~RecordingHost() {
+        for (auto& [small, large] : icons) {
+            q5plat::DestroyIcon(small);
+            q5plat::DestroyIcon(large);
+        }
+        if (placement_ != nullptr) placement_->Release();
+    }
 
     std::uint64_t OpenStringTable(q5_HINSTANCE module) override {
         openedTables.push_back(module);
@@ -108,8 +126,38 @@ public:
         titledReports.push_back({level, Text(title), Text(text)});
     }
     void ReportError(Q5RESULT code) override { errorCodes.push_back(code); }
+    q5_HINSTANCE GetResourceModule(q5_HINSTANCE module, std::int32_t) override {
+        return resourceModules.contains(module) ? resourceModules[module] : module;
+    }
+    std::int32_t SetIcons(q5_HICON small, q5_HICON large, std::int32_t index) override {
+        setIconIndices.push_back(index);
+        const std::pair<q5_HICON, q5_HICON> copies{q5plat::CopyIcon(small),
+                                                   q5plat::CopyIcon(large)};
+        if (index < 0) {
+            icons.push_back(copies);
+            return static_cast<std::int32_t>(icons.size() - 1);
+        }
+        if (static_cast<std::size_t>(index) >= icons.size()) return -1;
+        q5plat::DestroyIcon(icons[index].first);
+        q5plat::DestroyIcon(icons[index].second);
+        icons[index] = copies;
+        return index;
+    }
+    q5_PLUGINRECORD* GetPluginRecord(std::int64_t index) override {
+        return index >= 0 && static_cast<std::size_t>(index) < pluginList.size() ? pluginList[index]
+                                                                                 : nullptr;
+    }
+    q5_COLLECTION* GetPlacementCollection() override {
+        if (placement_ == nullptr) placement_ = q5_COLLECTION::Create(16, 16);
+        if (placement_ != nullptr) placement_->DeleteAll();
+        return placement_;
+    }
+    // What the last configuration file placed; null before any.
+    q5_COLLECTION* Placement() const { return placement_; }
 
 private:
+    q5_COLLECTION* placement_ = nullptr;
+
     // Copies as much of `text` as fits, with a terminator; false when nothing fits.
     static bool CopyOut(const std::u16string& text, q5_WCHAR* out, std::int32_t size) {
         if (size < 1) return false;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/stream/stream.h"
+#include "support/fake_plugin_record.h"
 #include "support/module_loader.h"
 #include "support/recording_host.h"
 
@@ -15,14 +16,8 @@ namespace {
 constexpr const q5_WCHAR* kDefault = u"(default)";
 
 // The host's record of a plug-in; its address is the plug-in's table handle.
-struct Record final : q5_PLUGINRECORD {
-    explicit Record(const q5_WCHAR* n) : name(n) {}
-    q5_LANGUAGETABLE* GetLanguageTable() override { return table.get(); }
-    void SetLanguageTable(q5_LANGUAGETABLE* t) override { table.reset(t); }
-    const q5_WCHAR* GetName() override { return name; }
-    std::uint64_t Handle() { return reinterpret_cast<std::uint64_t>(this); }
-    const q5_WCHAR* name;
-    std::unique_ptr<q5_LANGUAGETABLE> table;
+struct Record final : FakePluginRecord {
+    explicit Record(const q5_WCHAR* n) : FakePluginRecord(n) {}
 };
 
 // A table parsed from the bytes of a file; the table keeps its own copy of the text.
