@@ -2,6 +2,7 @@
 #include "zbuffer/shading.h"
 
 #include "interface/screen_vertex.h"
+#include "core/services/portable_math.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,7 +38,8 @@ void SphereMapCoordinates(const double viewDirection[3], const double normal[3],
         for (double& c : r) c /= length;
     }
     constexpr double kInverseTwoPi = 0.15915497620314795;
-    double sv = (r[1] == 0.0 && r[0] == 0.0) ? 0.5 : std::atan2(r[1], -r[0]) * kInverseTwoPi + 0.25;
+    double sv =
+        (r[1] == 0.0 && r[0] == 0.0) ? 0.5 : q5math::Atan2(r[1], -r[0]) * kInverseTwoPi + 0.25;
     const double tv = (1.0 - r[2]) * 0.5;
     sv += 0.5;
     if (sv > 1.0) sv -= 1.0;

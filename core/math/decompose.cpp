@@ -1,5 +1,6 @@
 // Full decomposition of a matrix into translation, Euler rotation, scale, shear and perspective.
 #include "core/math/matrix3d.h"
+#include "core/services/portable_math.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,12 +87,12 @@ bool MATRIX3D::Decompose(_point3d* translation, _point3d* rotation, _point3d* sc
     // Angles for SetRotate's Rx * Ry * Rz. The clamp keeps a row that rounding left a hair
     // longer than 1 from giving NaN.
     _point3d rot;
-    rot.y = std::asin(std::clamp(-r0.z, -1.0, 1.0));
-    if (std::cos(rot.y) != 0) {
-        rot.x = std::atan2(r1.z, r2.z);
-        rot.z = std::atan2(r0.y, r0.x);
+    rot.y = q5math::Asin(std::clamp(-r0.z, -1.0, 1.0));
+    if (q5math::Cos(rot.y) != 0) {
+        rot.x = q5math::Atan2(r1.z, r2.z);
+        rot.z = q5math::Atan2(r0.y, r0.x);
     } else {
-        rot.x = std::atan2(-r2.x, r1.y);
+        rot.x = q5math::Atan2(-r2.x, r1.y);
         rot.z = 0;
     }
 

@@ -1,6 +1,7 @@
 // Euler-angle extraction in any of the 24 axis orders, from a matrix or a quaternion.
 #include "core/math/matrix3d.h"
 #include "core/math/quaternion.h"
+#include "core/services/portable_math.h"
 
 #include <cfloat>
 #include <cmath>
@@ -58,22 +59,22 @@ EulerTriple Extract(const ColumnMatrix& cm, int code) {
     if (repeated) {
         const double sy = std::sqrt(M[i][j] * M[i][j] + M[i][k] * M[i][k]);
         if (sy > lock) {
-            e.a = std::atan2(M[i][j], M[i][k]);
-            e.b = std::atan2(sy, M[i][i]);
-            e.c = std::atan2(M[j][i], -M[k][i]);
+            e.a = q5math::Atan2(M[i][j], M[i][k]);
+            e.b = q5math::Atan2(sy, M[i][i]);
+            e.c = q5math::Atan2(M[j][i], -M[k][i]);
         } else {
-            e.a = std::atan2(-M[j][k], M[j][j]);
-            e.b = std::atan2(sy, M[i][i]);
+            e.a = q5math::Atan2(-M[j][k], M[j][j]);
+            e.b = q5math::Atan2(sy, M[i][i]);
         }
     } else {
         const double cy = std::sqrt(M[i][i] * M[i][i] + M[j][i] * M[j][i]);
         if (cy > lock) {
-            e.a = std::atan2(M[k][j], M[k][k]);
-            e.b = std::atan2(-M[k][i], cy);
-            e.c = std::atan2(M[j][i], M[i][i]);
+            e.a = q5math::Atan2(M[k][j], M[k][k]);
+            e.b = q5math::Atan2(-M[k][i], cy);
+            e.c = q5math::Atan2(M[j][i], M[i][i]);
         } else {
-            e.a = std::atan2(-M[j][k], M[j][j]);
-            e.b = std::atan2(-M[k][i], cy);
+            e.a = q5math::Atan2(-M[j][k], M[j][j]);
+            e.b = q5math::Atan2(-M[k][i], cy);
         }
     }
     if (parity != 0) {

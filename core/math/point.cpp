@@ -3,6 +3,7 @@
 
 #include "core/math/matrix3d.h"
 #include "core/math/quaternion.h"
+#include "core/services/portable_math.h"
 
 #include <cmath>
 #include <cstdint>
@@ -27,7 +28,7 @@ double FullTurnAngle(double a, double b) {
         if (b == 0) return 0;
         return b > 0 ? kPi / 2 : 3 * kPi / 2;
     }
-    const double t = std::atan(std::fabs(b) / std::fabs(a));
+    const double t = q5math::Atan(std::fabs(b) / std::fabs(a));
     if (b > 0) return a > 0 ? t : kPi - t;
     return a > 0 ? kTwoPi - t : kPi + t;
 }
@@ -162,7 +163,7 @@ unsigned int POINT3D::EncodeNormal(unsigned int steps) const {
     // alike.
     theta = FoldFullTurn(RoundToStep(theta, 0.0001));
     phi = FoldFullTurn(RoundToStep(phi, 0.0001));
-    if (std::sin(phi) == 0) theta = 0;
+    if (q5math::Sin(phi) == 0) theta = 0;
     theta = theta / kTwoPi * steps;
     phi = phi / kPi * steps;
     const unsigned int low = Low16OfIntegerPart(theta + 0.5);
@@ -175,9 +176,9 @@ void POINT3D::DecodeNormal(unsigned int code, unsigned int steps) {
     const double b = code >> 16;
     const double theta = a / steps * kTwoPi;
     const double phi = b / steps * kPi;
-    x = static_cast<float>(std::cos(theta) * std::sin(phi));
-    y = static_cast<float>(std::sin(theta) * std::sin(phi));
-    z = static_cast<float>(std::cos(phi));
+    x = static_cast<float>(q5math::Cos(theta) * q5math::Sin(phi));
+    y = static_cast<float>(q5math::Sin(theta) * q5math::Sin(phi));
+    z = static_cast<float>(q5math::Cos(phi));
 }
 
 POINT3D::POINT3D(const QUAT& q) : x(0), y(0), z(0) {

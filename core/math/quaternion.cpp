@@ -4,6 +4,7 @@
 #include "core/math/matrix3d.h"
 #include "core/math/rotation.h"
 #include "core/math/trace_quaternion.h"
+#include "core/services/portable_math.h"
 
 #include <cmath>
 #include <numbers>
@@ -37,11 +38,11 @@ QUAT::QUAT(float t, QUAT& a, QUAT& b, int spin) {
     if (cosom > 1) cosom = 1;
     double wa, wb;
     if (1 - cosom >= 0.001) {
-        const double om = std::acos(cosom);
+        const double om = q5math::Acos(cosom);
         const double phi = om + spin * std::numbers::pi;
-        const double sinom = std::sin(om);
-        wa = std::sin(om - t * phi) / sinom;
-        wb = std::sin(t * phi) / sinom;
+        const double sinom = q5math::Sin(om);
+        wa = q5math::Sin(om - t * phi) / sinom;
+        wb = q5math::Sin(t * phi) / sinom;
     } else {
         // Nearly equal ends: the sines vanish, a linear blend is as good.
         wa = 1.0 - t;

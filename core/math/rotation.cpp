@@ -2,13 +2,14 @@
 #include "core/math/rotation.h"
 #include "core/math/matrix3d.h"
 #include "core/math/quaternion.h"
+#include "core/services/portable_math.h"
 
 #include <algorithm>
 #include <cmath>
 
 void MATRIX3D::SetRotateX(double a) {
     IdentityMatrix();
-    const double c = std::cos(a), s = std::sin(a);
+    const double c = q5math::Cos(a), s = q5math::Sin(a);
     m[1][1] = c;
     m[1][2] = s;
     m[2][1] = -s;
@@ -17,7 +18,7 @@ void MATRIX3D::SetRotateX(double a) {
 
 void MATRIX3D::SetRotateY(double a) {
     IdentityMatrix();
-    const double c = std::cos(a), s = std::sin(a);
+    const double c = q5math::Cos(a), s = q5math::Sin(a);
     m[0][0] = c;
     m[0][2] = -s;
     m[2][0] = s;
@@ -26,7 +27,7 @@ void MATRIX3D::SetRotateY(double a) {
 
 void MATRIX3D::SetRotateZ(double a) {
     IdentityMatrix();
-    const double c = std::cos(a), s = std::sin(a);
+    const double c = q5math::Cos(a), s = q5math::Sin(a);
     m[0][0] = c;
     m[0][1] = s;
     m[1][0] = -s;
@@ -56,21 +57,21 @@ void MATRIX3D::SetRotateYPW(float a, float b, float c) {
 // The unit axis is rebuilt from its azimuth and polar angle rather than by dividing by the
 // length; a zero axis turns about +z.
 void MATRIX3D::SetRotate(const _point3d& axis, double angle) {
-    const double pi = 4 * std::atan(1.0);
+    const double pi = 4 * q5math::Atan(1.0);
     const double len = std::sqrt(axis.x * axis.x + axis.y * axis.y + axis.z * axis.z);
     double phi = 0, cost = 1, sint = 0;
     if (len != 0) {
         if (axis.x == 0) {
             phi = axis.y >= 0 ? pi / 2 : 3 * pi / 2;
         } else {
-            phi = std::atan(axis.y / axis.x);
+            phi = q5math::Atan(axis.y / axis.x);
             if (axis.x < 0) phi += pi;
         }
         cost = axis.z / len;
         sint = std::sqrt(std::max(0.0, 1 - cost * cost));
     }
-    const double ux = sint * std::cos(phi), uy = sint * std::sin(phi), uz = cost;
-    const double c = std::cos(angle), s = std::sin(angle), d = 1 - c;
+    const double ux = sint * q5math::Cos(phi), uy = sint * q5math::Sin(phi), uz = cost;
+    const double c = q5math::Cos(angle), s = q5math::Sin(angle), d = 1 - c;
 
     IdentityMatrix();
     m[0][0] = c + d * ux * ux;
@@ -177,7 +178,8 @@ ANGLEAXIS::ANGLEAXIS(const QUAT& q) {
     const double n = static_cast<double>(q.x) * q.x + static_cast<double>(q.y) * q.y +
                      static_cast<double>(q.z) * q.z;
     if (n > 0) {
-        angle = static_cast<float>(2 * std::acos(std::clamp(static_cast<double>(q.w), -1.0, 1.0)));
+        angle =
+            static_cast<float>(2 * q5math::Acos(std::clamp(static_cast<double>(q.w), -1.0, 1.0)));
         const double k = 1 / std::sqrt(n);
         axis = POINT3D(static_cast<float>(q.x * k), static_cast<float>(q.y * k),
                        static_cast<float>(q.z * k));

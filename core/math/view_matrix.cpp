@@ -2,6 +2,7 @@
 #include "core/math/view_matrix.h"
 
 #include "core/math/rotation.h"
+#include "core/services/portable_math.h"
 
 #include <cmath>
 #include <numbers>
@@ -13,9 +14,9 @@ constexpr float kPiF = std::numbers::pi_v<float>;
 
 // Rotation from yaw w (about y), pitch p and roll r, in single precision.
 void BuildYawPitchRoll(MATRIX3D& out, float w, float p, float r) {
-    const float cw = std::cos(w), sw = std::sin(w);
-    const float cp = std::cos(p), sp = std::sin(p);
-    const float cr = std::cos(r), sr = std::sin(r);
+    const float cw = q5math::Cos(w), sw = q5math::Sin(w);
+    const float cp = q5math::Cos(p), sp = q5math::Sin(p);
+    const float cr = q5math::Cos(r), sr = q5math::Sin(r);
     out.IdentityMatrix();
     out.m[0][0] = cw * cr - sw * sp * sr;
     out.m[0][1] = cw * sr + sw * sp * cr;
@@ -35,7 +36,7 @@ double GetAngleByXY(double x, double y) {
         if (y == 0) return 0;
         return y > 0 ? kPi / 2 : -kPi / 2;
     }
-    const double t = std::atan(std::fabs(y) / std::fabs(x));
+    const double t = q5math::Atan(std::fabs(y) / std::fabs(x));
     if (y > 0) return x > 0 ? t : kPi - t;
     return x > 0 ? -t : kPi + t;
 }
@@ -48,7 +49,7 @@ void MATRIX3D::_FromUpDir(MATRIX3D& out, POINT3D& from, POINT3D& to, POINT3D& up
         d = POINT3D(0, 0, -1);
     }
     const float len = d.Length();
-    const float pitch = std::asin(d.y / len);
+    const float pitch = q5math::Asin(d.y / len);
     const float yaw = static_cast<float>(-GetAngleByXY(d.z, d.x));
     const bool rollPass = from.x != up.x || from.y != up.y || from.z != up.z;
 
@@ -115,7 +116,7 @@ void MATRIX3D::SetAlignVectors(POINT3D from, POINT3D to) {
     } else if (d <= -0.9999999999) {
         angle = kPiF;
     } else {
-        angle = std::acos(d);
+        angle = q5math::Acos(d);
     }
     SetRotate(ANGLEAXIS(axis, angle));
 }

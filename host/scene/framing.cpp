@@ -1,6 +1,8 @@
 // Fitting the camera to a scene.
 #include "host/scene/framing.h"
 
+#include "core/services/portable_math.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -20,9 +22,10 @@ Framing FrameScene(const Bounds& framed, const Bounds& all, const Shot& shot, st
     const double radius = framed.empty ? 1.0 : std::max<double>(framed.radius, 1e-3);
     const POINT3D centre = framed.empty ? POINT3D(0, 0, 0) : framed.centre;
     const double halfY = shot.fovY * std::numbers::pi / 360.0;
-    const double halfX = std::atan(std::tan(halfY) * width / std::max(height, 1));
-    f.distance = shot.distance > 0 ? shot.distance
-                                   : shot.fit * kMargin * radius / std::sin(std::min(halfX, halfY));
+    const double halfX = q5math::Atan(q5math::Tan(halfY) * width / std::max(height, 1));
+    f.distance = shot.distance > 0
+                     ? shot.distance
+                     : shot.fit * kMargin * radius / q5math::Sin(std::min(halfX, halfY));
     f.camera.Orbit(centre, shot.yaw, shot.pitch, f.distance);
 
     // Depth precision follows the ratio far / near, so the planes sit just around the scene.

@@ -1,6 +1,8 @@
 // Vertex lighting.
 #include "host/scene/lighting.h"
 
+#include "core/services/portable_math.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -18,7 +20,7 @@ Rgb Lighting::Shade(const POINT3D& n, const POINT3D& toEye, const Rgb& base, flo
         if (specular <= 0) continue;
         POINT3D half(toLight.x + toEye.x, toLight.y + toEye.y, toLight.z + toEye.z);
         half.Normalize();
-        const float s = specular * std::pow(std::max(Dot(n, half), 0.0f), shininess);
+        const float s = specular * q5math::Pow(std::max(Dot(n, half), 0.0f), shininess);
         highlight.red += s * light->colour.red;
         highlight.green += s * light->colour.green;
         highlight.blue += s * light->colour.blue;

@@ -1,6 +1,8 @@
 // Procedural shapes.
 #include "host/scene/shapes.h"
 
+#include "core/services/portable_math.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -22,8 +24,8 @@ MeshGeometry MakeSphere(float radius, int rings, int segments) {
         const float theta = kPi * static_cast<float>(i) / static_cast<float>(rings);
         for (int j = 0; j <= segments; ++j) {
             const float phi = kTwoPi * static_cast<float>(j) / static_cast<float>(segments);
-            const POINT3D n(std::sin(theta) * std::cos(phi), std::cos(theta),
-                            -std::sin(theta) * std::sin(phi));
+            const POINT3D n(q5math::Sin(theta) * q5math::Cos(phi), q5math::Cos(theta),
+                            -q5math::Sin(theta) * q5math::Sin(phi));
             m.AddVertex(POINT3D(n.x * radius, n.y * radius, n.z * radius), n,
                         POINT2D(static_cast<float>(j) / static_cast<float>(segments),
                                 1.0f - static_cast<float>(i) / static_cast<float>(rings)));
@@ -88,10 +90,10 @@ MeshGeometry MakeTorus(float majorRadius, float minorRadius, int rings, int side
         const float phi = kTwoPi * static_cast<float>(i) / static_cast<float>(rings);
         for (int j = 0; j <= sides; ++j) {
             const float theta = kTwoPi * static_cast<float>(j) / static_cast<float>(sides);
-            const POINT3D n(std::cos(theta) * std::cos(phi), std::sin(theta),
-                            -std::cos(theta) * std::sin(phi));
-            const float r = majorRadius + minorRadius * std::cos(theta);
-            m.AddVertex(POINT3D(r * std::cos(phi), minorRadius * n.y, -r * std::sin(phi)), n,
+            const POINT3D n(q5math::Cos(theta) * q5math::Cos(phi), q5math::Sin(theta),
+                            -q5math::Cos(theta) * q5math::Sin(phi));
+            const float r = majorRadius + minorRadius * q5math::Cos(theta);
+            m.AddVertex(POINT3D(r * q5math::Cos(phi), minorRadius * n.y, -r * q5math::Sin(phi)), n,
                         POINT2D(static_cast<float>(i) / static_cast<float>(rings),
                                 static_cast<float>(j) / static_cast<float>(sides)));
         }
@@ -159,7 +161,7 @@ MeshGeometry MakeCylinder(float radius, float height, int segments) {
     std::uint32_t previous[4] = {};
     for (int j = 0; j <= segments; ++j) {
         const float phi = kTwoPi * static_cast<float>(j) / static_cast<float>(segments);
-        const float c = std::cos(phi), s = -std::sin(phi);
+        const float c = q5math::Cos(phi), s = -q5math::Sin(phi);
         const POINT3D side(c, 0, s);
         const float u = static_cast<float>(j) / static_cast<float>(segments);
         const std::uint32_t now[4] = {

@@ -1,6 +1,8 @@
 // Camera placement through the core library's look-at frame.
 #include "host/view/camera.h"
 
+#include "core/services/portable_math.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -24,9 +26,10 @@ void Camera::LookAt(const POINT3D& eye, const POINT3D& target, const POINT3D& up
 void Camera::Orbit(const POINT3D& target, double yawDegrees, double pitchDegrees, double distance) {
     const double yaw = yawDegrees * std::numbers::pi / 180.0;
     const double pitch = std::clamp(pitchDegrees, -89.0, 89.0) * std::numbers::pi / 180.0;
-    const POINT3D eye(static_cast<float>(target.x + distance * std::cos(pitch) * std::sin(yaw)),
-                      static_cast<float>(target.y + distance * std::sin(pitch)),
-                      static_cast<float>(target.z + distance * std::cos(pitch) * std::cos(yaw)));
+    const POINT3D eye(
+        static_cast<float>(target.x + distance * q5math::Cos(pitch) * q5math::Sin(yaw)),
+        static_cast<float>(target.y + distance * q5math::Sin(pitch)),
+        static_cast<float>(target.z + distance * q5math::Cos(pitch) * q5math::Cos(yaw)));
     LookAt(eye, target, POINT3D(0, 1, 0));
 }
 

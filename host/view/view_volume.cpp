@@ -1,6 +1,8 @@
 // Clip codes and perspective projection of the view volume.
 #include "host/view/view_volume.h"
 
+#include "core/services/portable_math.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -10,7 +12,7 @@ ViewVolume ViewVolume::Perspective(std::int32_t width, std::int32_t height, doub
     ViewVolume v;
     v.width = std::max(width, 1);
     v.height = std::max(height, 1);
-    v.tanHalfY = std::tan(fovYDegrees * std::numbers::pi / 360.0);
+    v.tanHalfY = q5math::Tan(fovYDegrees * std::numbers::pi / 360.0);
     v.tanHalfX = v.tanHalfY * v.width / v.height;
     v.nearZ = nearZ;
     v.farZ = farZ;
