@@ -1,10 +1,10 @@
 // A host's plug-in record for tests: its names, flags and state are fields a test sets, and
-// Load answers what `load` says, counting its calls.
+// Load answers `loadable`, counting its calls.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "core/language/language_table.h"
 #include "interface/plugin_record.h"
@@ -26,14 +26,14 @@ struct FakePluginRecord : q5_PLUGINRECORD {
     }
     bool Load() override {
         ++loads;
-        return load ? load() : true;
+        return loadable;
     }
     std::uint64_t Handle() { return reinterpret_cast<std::uint64_t>(this); }
 
     std::u16string name, idText;
     std::uint32_t flags = kPluginEnabled;
     std::uint32_t state = 0;
-    std::function<bool()> load;
+    bool loadable = true;
     int loads = 0;
     std::unique_ptr<q5_LANGUAGETABLE> table;
 };

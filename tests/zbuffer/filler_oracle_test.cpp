@@ -54,14 +54,12 @@ struct Texture {
 
 // Everything a polygon is drawn with besides its vertices.
 struct DrawState {
-    std::int32_t opacity = 255;
-    std::int32_t depthBias = 0;
+    std::int32_t opacity, depthBias;
     RgbBytes flat;
-    bool doubled = false;
-    bool alwaysPasses = false;
-    const Texture* texture = nullptr;
+    bool doubled, alwaysPasses;
+    const Texture* texture;
 
-    void ApplyTo(RasterContext& rc) const {
+    void ApplyTo(RasterContext& rc, Polygon& polygon) const {
         rc.opacity = opacity;
         rc.inverseOpacity = 255 - opacity;
         rc.depthBias = depthBias;
@@ -69,6 +67,7 @@ struct DrawState {
         rc.doubleResolution = doubled;
         rc.depthAlwaysPasses = alwaysPasses;
         if (texture) BindMaterialTexture(rc, &texture->material, 0);
+        polygon.Use(rc);
     }
 };
 
@@ -108,10 +107,7 @@ std::vector<ScreenVertex> RandomPolygon(Rng& rng, int width, int height, std::in
 
     // Depths stay within 2^30 so that their differences fit 32 bits.
     const std::int32_t base = Between(rng, -depthScale, depthScale);
-    const int spreadPick = Between(rng, 0, 2);
-    const std::int32_t spread = spreadPick == 0   ? 0
-                                : spreadPick == 1 ? depthScale / 64
-                                                  : depthScale;
+    const std::int32_t spread = std::array{0, depthScale / 64, depthScale}[Between(rng, 0, 2)];
     const bool oneColour = Between(rng, 0, 4) == 0;
     const double uvRange = std::array{1.0, 8.0, 100.0}[Between(rng, 0, 2)];
     const RgbBytes shared{Channel(rng), Channel(rng), Channel(rng)};
@@ -152,29 +148,24 @@ std::string Describe(const std::vector<ScreenVertex>& vertices, const DrawState&
     return o.str();
 }
 
-std::string Show(Bgra p, std::int32_t depth) {
-    std::ostringstream o;
-    o << "bgra " << int{p.b} << ',' << int{p.g} << ',' << int{p.r} << ',' << int{p.a} << " depth "
-      << depth;
-    return o.str();
+std::string Show(const RasterFrame& f, int x, int y) {
+    const Bgra p = f.Pixel(x, y);
+    return "bgra " + std::to_string(p.b) + ',' + std::to_string(p.g) + ',' + std::to_string(p.r) +
+           ',' + std::to_string(p.a) + " depth " + std::to_string(f.Depth(x, y));
 }
 
 // Empty when both frames, guard rows included, hold the same bytes; else the first pixel that
-// differs with what was there before.
-std::string FirstDifference(const RasterFrame& fast, const RasterFrame& oracle, int width,
-                            int height, const std::vector<Bgra>& beforePixels,
-                            const std::vector<std::int32_t>& beforeDepths) {
+// differs, with what was there before.
+std::string FirstDifference(const RasterFrame& fast, const RasterFrame& oracle,
+                            const RasterFrame& before, int width, int height) {
     if (fast == oracle) return "";
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            if (fast.Pixel(x, y) == oracle.Pixel(x, y) && fast.Depth(x, y) == oracle.Depth(x, y))
-                continue;
-            const int i = y * width + x;
+    for (int i = 0; i < width * height; ++i) {
+        const int x = i % width, y = i / width;
+        if (Show(fast, x, y) != Show(oracle, x, y))
             return "pixel " + std::to_string(x) + "," + std::to_string(y) + ": filler " +
-                   Show(fast.Pixel(x, y), fast.Depth(x, y)) + ", oracle " +
-                   Show(oracle.Pixel(x, y), oracle.Depth(x, y)) + ", before " +
-                   Show(beforePixels[i], beforeDepths[i]);
-        }
+                   Show(fast, x, y) + ", oracle " + Show(oracle, x, y) + ", before " +
+                   Show(before, x, y);
+    }
     return fast.GuardsIntact() ? "the oracle wrote outside the frame"
                                : "the filler wrote outside the frame";
 }
@@ -183,7 +174,6 @@ class FillerOracle : public ::testing::TestWithParam<int> {};
 
 TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
     const auto mode = static_cast<FillMode>(GetParam());
-    const bool textured = mode >= FillMode::FlatTextured;
     Rng rng(9173 + GetParam());
     std::deque<Texture> textures;
     constexpr int kSizes[][3] = {{1, 1, 32},   {8, 8, 32}, {7, 13, 32}, {5, 3, 24},
@@ -196,57 +186,48 @@ TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
         RasterFrame fast(width, height), oracle(width, height);
         // Depths near one another, so that ties and crossings are common, or spread wide.
         const std::int32_t depthScale = std::array{64, 1 << 20, 1 << 30}[Between(rng, 0, 2)];
-        std::vector<Bgra> pixels(width * height);
-        std::vector<std::int32_t> depths(width * height);
         for (int i = 0; i < width * height; ++i) {
-            pixels[i] = std::bit_cast<Bgra>(static_cast<std::uint32_t>(rng()));
-            depths[i] =
+            const auto pixel = std::bit_cast<Bgra>(static_cast<std::uint32_t>(rng()));
+            const std::int32_t depth =
                 Between(rng, 0, 7) == 0 ? kDepthEmpty : Between(rng, -depthScale, depthScale);
-        }
-        for (RasterFrame* f : {&fast, &oracle}) {
-            for (int i = 0; i < width * height; ++i) f->Set(i % width, i / width, pixels[i]);
-            std::copy(depths.begin(), depths.end(), f->rc.depthBase);
+            for (RasterFrame* f : {&fast, &oracle}) {
+                f->Set(i % width, i / width, pixel);
+                f->rc.depthBase[i] = depth;
+            }
         }
 
         for (int i = 0; i < kPolygonsPerFrame; ++i) {
-            DrawState s;
             const int opacityPick = Between(rng, 0, 3);
+            DrawState s;
             s.opacity = opacityPick == 0 ? 0 : opacityPick == 1 ? 255 : Between(rng, 0, 255);
             s.depthBias =
                 Between(rng, -4, 4) * 1024 + (Between(rng, 0, 3) == 0 ? Between(rng, -9, 9) : 0);
             s.flat = RgbBytes{Channel(rng), Channel(rng), Channel(rng)};
             s.doubled = Between(rng, 0, 3) == 0;
             s.alwaysPasses = Between(rng, 0, 5) == 0;
-            if (textured)
-                s.texture = &textures[Between(rng, 0, static_cast<int>(textures.size()) - 1)];
+            s.texture = mode >= FillMode::FlatTextured
+                            ? &textures[Between(rng, 0, static_cast<int>(textures.size()) - 1)]
+                            : nullptr;
             const std::vector<ScreenVertex> vertices =
                 RandomPolygon(rng, width, height, depthScale);
 
-            for (int k = 0; k < width * height; ++k) {
-                pixels[k] = oracle.Pixel(k % width, k / width);
-                depths[k] = oracle.Depth(k % width, k / width);
-            }
+            const RasterFrame before = oracle; // read only: its context still points at oracle's
             Polygon forFiller(vertices), forOracle(vertices);
-            s.ApplyTo(fast.rc);
-            s.ApplyTo(oracle.rc);
-            forFiller.Use(fast.rc);
-            forOracle.Use(oracle.rc);
-            const int filled = FillPolygon(fast.rc, mode);
-            const int expected =
-                FillPolygonOracle(oracle.rc, mode, s.texture ? &s.texture->picture : nullptr);
+            s.ApplyTo(fast.rc, forFiller);
+            s.ApplyTo(oracle.rc, forOracle);
             const auto where = [&] {
                 return "frame " + std::to_string(frame) + " (" + std::to_string(width) + "x" +
                        std::to_string(height) + "), polygon " + std::to_string(i) + ": " +
                        Describe(vertices, s);
             };
-            ASSERT_EQ(filled, expected) << where();
+            ASSERT_EQ(FillPolygon(fast.rc, mode),
+                      FillPolygonOracle(oracle.rc, mode, s.texture ? &s.texture->picture : nullptr))
+                << where();
             ASSERT_EQ(std::memcmp(forFiller.vertices.data(), forOracle.vertices.data(),
                                   vertices.size() * sizeof(ScreenVertex)),
                       0)
                 << "vertices left differently, " << where();
-            const std::string difference =
-                FirstDifference(fast, oracle, width, height, pixels, depths);
-            ASSERT_EQ(difference, "") << where();
+            ASSERT_EQ(FirstDifference(fast, oracle, before, width, height), "") << where();
         }
     }
 }

@@ -15,6 +15,7 @@ protected:
     void SetUp() override { driver->Attach(1, &context); }
     void TearDown() override { driver->Release(); }
     Bgra Pixel(int x, int y) const { return SurfacePixel(SurfaceOf(*driver), x, y); }
+    Spans Written() const { return SurfaceSpans(SurfaceOf(*driver)); }
 
     TestView view;
     q5_RENDERCONTEXT context{&view};
@@ -25,9 +26,9 @@ protected:
 TEST_F(Izb, Params1001And1002AreFlags) {
     EXPECT_EQ(driver->view, &view) << "taken from the context";
     for (std::uint64_t value : {0, 5, 0}) {
-        const std::uint64_t set = value != 0;
         EXPECT_EQ(driver->SetParam(1001, value, Q5_VALUE_INT), 1u);
-        EXPECT_EQ(driver->GetParam(1001, 0, Q5_VALUE_INT), set) << "stored inverted, read inverted";
+        EXPECT_EQ(driver->GetParam(1001, 0, Q5_VALUE_INT), std::uint64_t{value != 0})
+            << "stored inverted, read inverted";
         EXPECT_EQ(driver->SetParam(1002, value, Q5_VALUE_INT), 1u);
         EXPECT_EQ(view.settings.flag1002, value != 0) << "in the context's render settings";
     }
@@ -85,23 +86,19 @@ TEST_F(Izb, ResizeMakesSurfacesAndIgnoresBadOrSameSizes) {
     EXPECT_EQ(driver->GetValue(100, 0), 3);
 }
 
-TEST_F(Izb, ClearFillsColourAndEmptiesDepth) {
-    driver->Resize(4, 3);
-    view.secondBackground = 0x123456;
-    driver->ClearFrame(0x123456); // same second colour: solid
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 4; ++x) EXPECT_EQ(Pixel(x, y), (Bgra{0x12, 0x34, 0x56, 0}));
-    EXPECT_TRUE(SurfaceSpans(SurfaceOf(*driver)).empty()) << "every depth entry empty";
-}
-
-TEST_F(Izb, GradientRunsFromTopToBottomColourFromThreeRowsOn) {
+// Another second colour makes a gradient from top to bottom, from three rows on.
+TEST_F(Izb, ClearFillsColourOrGradientAndEmptiesDepth) {
     driver->Resize(2, 5);
+    view.secondBackground = 0x123456;
+    driver->ClearFrame(0x123456);
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(Pixel(i % 2, i / 2), (Bgra{0x12, 0x34, 0x56, 0})) << i;
+    EXPECT_TRUE(Written().empty()) << "every depth entry empty";
+
     view.secondBackground = 0xFF0000; // blue
     driver->ClearFrame(0x0000FF);     // red
     // t = 256 r / 4 = 0, 64, 128, 192, 256; red = (256 - t) 255 / 256, blue = t 255 / 256.
     const std::uint8_t red[5] = {255, 191, 127, 63, 0};
     for (int r = 0; r < 5; ++r) EXPECT_EQ(Pixel(1, r), (Bgra{red[4 - r], 0, red[r], 0})) << r;
-
     driver->Resize(2, 2);
     driver->ClearFrame(0x0000FF);
     EXPECT_EQ(Pixel(0, 1), (Bgra{0, 0, 255, 0})) << "two rows are never a gradient";
@@ -114,7 +111,6 @@ TEST_F(Izb, DepthFadeBlendsByDepthOncePerFrame) {
     view.fade = 0x646464; // 100
     // far = 2048, near = 1024, step = 1024 >> 8 = 4.
     context.depthScale = 2560.0;
-    context.depthOffset = 0.0;
     std::int32_t* depth = SurfaceOf(*driver).depth;
     depth[0] = 1000; // nearer than near: untouched
     depth[1] = 1536; // t = 128: halfway
@@ -154,19 +150,21 @@ TEST_F(Izb, SupersampledFrameReducesTwoByTwoWithTruncation) {
     driver->FrameStep(6);
 }
 
+// Lines end before their end pixel, in the first vertex's colour.
 TEST_F(Izb, SupersampledFrameDoublesPositionsAndWidensLines) {
     driver->Resize(3, 2);
     driver->FrameStep(0);
     driver->FrameStep(4);
     driver->ClearFrame(0);
-    const ScreenVertex a = Vertex(0, 0, 100, 200), b = Vertex(1, 0, 100, 200);
-    driver->DrawScreenLine(&a, &b);
-    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{0, 0, 2}, {1, 0, 2}}));
+    const ScreenVertex a = Vertex(0, 0, 100, 200), b = Vertex(1, 0, 100, 10);
+    EXPECT_EQ(driver->DrawScreenLine(&a, &b), 1);
+    EXPECT_EQ(Written(), (Spans{{0, 0, 2}, {1, 0, 2}}));
     driver->FrameStep(5);
     driver->FrameStep(6);
     driver->ClearFrame(0);
     driver->DrawScreenLine(&a, &b);
-    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{0, 0, 1}})) << "back to single size";
+    EXPECT_EQ(Written(), (Spans{{0, 0, 1}})) << "back to single size";
+    EXPECT_EQ(Pixel(0, 0), (Bgra{0, 0, 200, 255}));
 }
 
 TEST_F(Izb, CancelledSupersampledFrameKeepsThePreviousImage) {
@@ -183,39 +181,27 @@ TEST_F(Izb, CancelledSupersampledFrameKeepsThePreviousImage) {
     driver->FrameStep(6);
 }
 
-class IzbDraw : public Izb {
-protected:
-    void SetUp() override {
-        driver->Resize(8, 6);
-        driver->FrameStep(0);
-        driver->ClearFrame(0);
-    }
-};
-
-TEST_F(IzbDraw, PolygonFillsItsPixelsAndLeavesTheCallersVertices) {
+TEST_F(Izb, PolygonFillsItsPixelsAndLeavesTheCallersVertices) {
+    driver->Resize(8, 6);
+    driver->ClearFrame(0);
     const ScreenVertex square[9] = {Vertex(2, 1, 100, 10, 20, 30), Vertex(5, 1, 100, 10, 20, 30),
                                     Vertex(5, 4, 100, 10, 20, 30), Vertex(2, 4, 100, 10, 20, 30)};
     EXPECT_EQ(driver->DrawScreenPolygon(square, 0), 0);
     EXPECT_EQ(driver->DrawScreenPolygon(square, 9), 0);
     EXPECT_EQ(driver->DrawScreenPolygon(nullptr, 3), 0);
     EXPECT_EQ(driver->DrawScreenPolygon(square, 4), 1);
-    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{1, 2, 5}, {2, 2, 5}, {3, 2, 5}}));
+    EXPECT_EQ(Written(), (Spans{{1, 2, 5}, {2, 2, 5}, {3, 2, 5}}));
     EXPECT_EQ(Pixel(3, 2), (Bgra{30, 20, 10, 255}));
     EXPECT_EQ(square[1].x, 5 * 256);
 }
 
-TEST_F(IzbDraw, FrameBorderCoversTheEdgesOnly) {
+TEST_F(Izb, FrameBorderCoversTheEdgesOnly) {
+    driver->Resize(8, 6);
+    driver->ClearFrame(0);
     EXPECT_EQ(driver->DrawFrameBorder(0, 1, 0x0000FF), 1);
     for (int y = 0; y < 6; ++y)
         for (int x = 0; x < 8; ++x)
             EXPECT_EQ(Pixel(x, y).r, x == 0 || x == 7 || y == 0 || y == 5 ? 255 : 0) << x << y;
-}
-
-TEST_F(IzbDraw, LinesEndBeforeTheirEndPixel) {
-    const ScreenVertex a = Vertex(1, 2, 100, 200), b = Vertex(6, 2, 100, 200);
-    EXPECT_EQ(driver->DrawScreenLine(&a, &b), 1);
-    EXPECT_EQ(SurfaceSpans(SurfaceOf(*driver)), (Spans{{2, 1, 6}}));
-    EXPECT_EQ(Pixel(5, 2), (Bgra{0, 0, 200, 255}));
 }
 
 } // namespace

@@ -8,67 +8,39 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <deque>
 #include <memory>
 #include <vector>
 
 namespace {
 
-class Textures : public ::testing::Test {
-protected:
-    // Each call binds through a new material, since binding the same one again does nothing.
-    void Bind(TPicture* picture, int slot = 0) {
-        materials.emplace_back().textures[slot] = picture;
-        BindMaterialTexture(rc, &materials.back(), slot);
-    }
-    std::uint32_t Fetch(double u, double v) {
-        return rc.sampleTexel(rc, static_cast<std::int32_t>(u * 4096),
-                              static_cast<std::int32_t>(v * 4096));
-    }
-    RasterContext rc;
-    std::deque<q5_MATERIAL> materials;
-};
-
-TEST_F(Textures, FetchWrapsBeyondTheLastTexelWhicheverWayRowsAreStored) {
-    for (bool topDown : {false, true}) {
-        SCOPED_TRACE(topDown ? "top-down" : "bottom-up");
-        TestPicture grid(64, 64, 24, topDown); // blue = column, green = row from the top, red 7
-        for (int y = 0; y < 64; ++y)
-            for (int x = 0; x < 64; ++x) grid.SetTexel(x, y, 0x070000u | y << 8 | x);
-        Bind(&grid);
-        EXPECT_EQ(Fetch(64.5, 5.5), 0x070500u);
-        EXPECT_EQ(Fetch(63.9, 5.5), 0x07053Fu);
-        EXPECT_EQ(Fetch(10.2, 70.0), 0x07060Au);
-        // A negative position masks to 2^20 - 1, which wraps to the last column.
-        EXPECT_EQ(Fetch(-0.5, 0.0), 0x07003Fu);
-    }
-}
-
-TEST_F(Textures, PaletteEntryComesBackWithItsReservedByte) {
-    TestPicture p(3, 2, 8); // rows padded to 4 bytes
-    for (int i = 0; i < 6; ++i) p.SetTexel(i % 3, i / 3, static_cast<std::uint32_t>(i));
-    // Entry 5 as blue, green, red, reserved; the palette follows the 40-byte header.
-    const std::uint8_t entry[4] = {0x32, 0xFA, 0x03, 0x5A};
-    std::memcpy(reinterpret_cast<std::uint8_t*>(p.header) + 40 + 5 * 4, entry, 4);
-    Bind(&p);
-    EXPECT_EQ(Fetch(2.5, 1.5), 0x5A03FA32u);
-}
-
-TEST_F(Textures, OnlyThirtyTwoBitTexelsCarryAlphaAndOtherDepthsUseTheConvertedCopy) {
-    TestPicture deep(1, 1, 32), shallow(1, 1, 24), raw(2, 2, 32);
+// 32-bit texels keep their alpha and 24-bit ones have none; an 8-bit texel is its palette
+// entry with the reserved byte as alpha; without ready 32-bit texels the converted copy is read.
+TEST(TexelFetch, EachBitDepthGivesItsTexel) {
+    TestPicture deep(1, 1, 32), shallow(1, 1, 24), raw(2, 2, 32), indexed(3, 2, 8);
     deep.SetTexel(0, 0, 0x80112233);
     shallow.SetTexel(0, 0, 0x80112233);
-    Bind(&deep);
-    EXPECT_EQ(Fetch(0, 0), 0x80112233u);
-    Bind(&shallow);
-    EXPECT_EQ(Fetch(0, 0), 0x00112233u);
     raw.texels32Ready = false;
     raw.converted = &shallow;
-    Bind(&raw);
-    EXPECT_EQ(Fetch(0, 0), 0x00112233u);
+    // Rows padded to 4 bytes; entry 5 as blue, green, red, reserved after the 40-byte header.
+    for (int i = 0; i < 6; ++i) indexed.SetTexel(i % 3, i / 3, static_cast<std::uint32_t>(i));
+    const std::uint8_t entry[4] = {0x32, 0xFA, 0x03, 0x5A};
+    std::memcpy(reinterpret_cast<std::uint8_t*>(indexed.header) + 40 + 5 * 4, entry, 4);
+    const auto fetch = [](TPicture& picture, double u, double v) {
+        RasterContext rc;
+        q5_MATERIAL material;
+        material.textures[0] = &picture;
+        BindMaterialTexture(rc, &material, 0);
+        return rc.sampleTexel(rc, static_cast<std::int32_t>(u * 4096),
+                              static_cast<std::int32_t>(v * 4096));
+    };
+    EXPECT_EQ(fetch(deep, 0, 0), 0x80112233u);
+    EXPECT_EQ(fetch(shallow, 0, 0), 0x00112233u);
+    EXPECT_EQ(fetch(raw, 0, 0), 0x00112233u);
+    EXPECT_EQ(fetch(indexed, 2.5, 1.5), 0x5A03FA32u);
 }
 
-TEST_F(Textures, BindingIsKeyedByMaterialAlone) {
+TEST(TextureBinding, IsKeyedByMaterialAlone) {
+    RasterContext rc;
     TestPicture diffuse(2, 2, 24), reflection(2, 2, 32);
     q5_MATERIAL material;
     material.textures[kSlotDiffuse] = &diffuse;
@@ -85,12 +57,13 @@ TEST_F(Textures, BindingIsKeyedByMaterialAlone) {
 // blue 64 (x + 1) and green 50 (y + 1); the filler writes each channel times 255 >> 8.
 class TexelChoice : public ::testing::Test {
 protected:
-    void Grid(int width, int height) {
-        picture = std::make_unique<TestPicture>(width, height, 24);
+    void Grid(int width, int height, bool topDown = false) {
+        picture = std::make_unique<TestPicture>(width, height, 24, topDown);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
                 picture->SetTexel(x, y, (50u * (y + 1)) << 8 | 64u * (x + 1));
         material.textures[0] = picture.get();
+        ClearTextureBinding(frame.rc); // the same material again would keep the old picture
         BindMaterialTexture(frame.rc, &material, 0);
         frame.rc.flatColour = RgbBytes{255, 255, 255};
     }
@@ -113,14 +86,16 @@ protected:
 
 // u runs -1 to 2 over nine columns and v -1 to 2 over six scanlines, one texel a step, so the
 // integer parts are -3 ... 5 and -2 ... 3. Below 0 they mask to 2^20 - 3 ... 2^20 - 1, which
-// wrap to columns 1, 2, 0 of 3 and to rows 0, 1 of 2.
+// wrap to columns 1, 2, 0 of 3 and to rows 0, 1 of 2, whichever way the rows are stored.
 TEST_F(TexelChoice, NonSquareTextureWrapsEachAxisByItsOwnSize) {
-    Grid(3, 2);
-    Draw(9, 6, -1, 2, -1, 2);
     const int column[9] = {1, 2, 0, 0, 1, 2, 0, 1, 2}, row[6] = {0, 1, 0, 1, 0, 1};
-    for (int y = 0; y < 6; ++y)
-        for (int x = 0; x < 9; ++x)
-            EXPECT_EQ(frame.Pixel(x, y), Texel(column[x], row[y])) << x << "," << y;
+    for (bool topDown : {false, true}) {
+        Grid(3, 2, topDown);
+        Draw(9, 6, -1, 2, -1, 2);
+        for (int y = 0; y < 6; ++y)
+            for (int x = 0; x < 9; ++x)
+                EXPECT_EQ(frame.Pixel(x, y), Texel(column[x], row[y])) << x << "," << y << topDown;
+    }
 }
 
 // On 3 texels, 50000 is the position 614400000, held at 2^29: texel 131072, which wraps to 2.
