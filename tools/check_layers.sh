@@ -20,26 +20,39 @@ case "${1:-}" in
     *) usage >&2; exit 2 ;;
 esac
 
-# Each folder with the folders it may include besides itself; the order is the layering.
-declare -A allowed=(
+# Each folder with the folders it builds on directly; it may include those and everything they
+# may include.
+declare -A below=(
     [interface]=""
     [core/platform]="interface"
-    [core/services]="interface core/platform"
-    [core/containers]="interface core/platform core/services"
-    [core/stream]="interface core/platform core/services core/containers"
-    [core/math]="interface core/platform core/services core/containers core/stream"
-    [core/language]="interface core/platform core/services core/containers core/stream"
-    [core/filetype]="interface core/platform core/services core/containers core/stream core/language"
-    [zbuffer/raster]="interface core/platform core/services core/containers core/stream core/math"
-    [zbuffer]="interface core/platform core/services core/containers core/stream core/math zbuffer/raster"
-    [plugin]="interface core/platform core/services core/containers core/stream core/math core/language zbuffer/raster zbuffer"
-    [host/view]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype"
-    [host/scene]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype host/view"
-    [host/formats]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype host/view host/scene"
-    [host/app]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype host/view host/scene host/formats"
-    [host/cli]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype host/view host/scene host/formats host/app"
-    [host/viewer]="interface core/platform core/services core/containers core/stream core/math core/language core/filetype host/view host/scene host/formats host/app"
+    [core/services]="core/platform"
+    [core/containers]="core/services"
+    [core/stream]="core/containers"
+    [core/math]="core/stream"
+    [core/language]="core/stream"
+    [core/filetype]="core/language"
+    [zbuffer/raster]="core/math"
+    [zbuffer]="zbuffer/raster"
+    [plugin]="zbuffer core/language"
+    [host/view]="core/math core/filetype"
+    [host/scene]="host/view"
+    [host/formats]="host/scene"
+    [host/app]="host/formats"
+    [host/cli]="host/app"
+    [host/viewer]="host/app"
 )
+
+# Every folder that `layer` may include besides itself.
+declare -A allowed=()
+reach() {
+    local layer=$1 out="" dep
+    for dep in ${below[$layer]}; do
+        [[ -v allowed[$dep] ]] || reach "$dep"
+        out+=" $dep ${allowed[$dep]}"
+    done
+    allowed[$layer]=$(tr ' ' '\n' <<<"$out" | sort -u | xargs)
+}
+for layer in "${!below[@]}"; do [[ -v allowed[$layer] ]] || reach "$layer"; done
 
 # The layer a path belongs to: the longest listed folder that contains it.
 layer_of() {

@@ -1,11 +1,11 @@
 // The file stream: opening modes, temporary files, name resolution and progress reports.
 #include "core/stream/file_stream.h"
 
+#include "core/services/file_helpers.h"
 #include "core/services/host_link.h"
 #include "core/services/wide_string.h"
 #include "core/stream/context.h"
 #include "interface/gapi.h"
-#include "core/services/file_helpers.h"
 
 #include <cstdarg>
 #include <cstdio>

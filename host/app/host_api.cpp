@@ -14,6 +14,11 @@
 
 namespace {
 
+void DestroyIcons(const std::pair<q5_HICON, q5_HICON>& icons) {
+    q5plat::DestroyIcon(icons.first);
+    q5plat::DestroyIcon(icons.second);
+}
+
 std::u16string Wide(const std::string& utf8) {
     const int n = UTF8toWideString(utf8.c_str(), nullptr, 0);
     if (n <= 1) return {};
@@ -50,10 +55,7 @@ HostAPI::HostAPI(IniSettings& settings) : settings_(settings) {
 HostAPI::~HostAPI() {
     // Plug-ins go first: they take their handlers out of the registry.
     records_.clear();
-    for (auto& [small, large] : icons_) {
-        q5plat::DestroyIcon(small);
-        q5plat::DestroyIcon(large);
-    }
+    for (const auto& pair : icons_) DestroyIcons(pair);
     if (placement_ != nullptr) placement_->Release();
     if (q5GetHostAPI() == this) q5SetHostAPI(nullptr);
 }
@@ -206,12 +208,10 @@ std::int32_t HostAPI::SetIcons(q5_HICON small, q5_HICON large, std::int32_t inde
         return static_cast<std::int32_t>(icons_.size() - 1);
     }
     if (static_cast<std::size_t>(index) >= icons_.size()) {
-        q5plat::DestroyIcon(copies.first);
-        q5plat::DestroyIcon(copies.second);
+        DestroyIcons(copies);
         return -1;
     }
-    q5plat::DestroyIcon(icons_[index].first);
-    q5plat::DestroyIcon(icons_[index].second);
+    DestroyIcons(icons_[index]);
     icons_[index] = copies;
     return index;
 }

@@ -40,17 +40,14 @@ int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
 
 void SetupEdgeColours(EdgeRecord* edges, int count, std::uint32_t multiplier) {
     auto fixed = [multiplier](std::uint8_t c) { return (c * multiplier) << kEdgeFracBits; };
-    auto step = [](std::uint32_t from, std::uint32_t to, std::int32_t scanlines) {
-        return static_cast<std::int32_t>(to - from) / scanlines;
-    };
     for (int i = 0; i < count; ++i) {
         EdgeRecord& e = edges[i];
         e.r = fixed(e.top->red);
         e.g = fixed(e.top->green);
         e.b = fixed(e.top->blue);
-        e.rStep = step(e.r, fixed(e.bottom->red), e.scanlines);
-        e.gStep = step(e.g, fixed(e.bottom->green), e.scanlines);
-        e.bStep = step(e.b, fixed(e.bottom->blue), e.scanlines);
+        e.rStep = WrappedDifference(e.r, fixed(e.bottom->red)) / e.scanlines;
+        e.gStep = WrappedDifference(e.g, fixed(e.bottom->green)) / e.scanlines;
+        e.bStep = WrappedDifference(e.b, fixed(e.bottom->blue)) / e.scanlines;
     }
 }
 

@@ -34,14 +34,17 @@ inline std::int32_t ScanlineOf(std::int32_t y) {
     return y >> kSubpixelBits;
 }
 
-// Texture positions span the whole 32-bit range, so they step and subtract modulo 2^32.
-inline std::int32_t WrappedDifference(std::int32_t from, std::int32_t to) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(to) -
-                                     static_cast<std::uint32_t>(from));
+// Colours and texture positions step modulo 2^32: premultiplied colours pass the signed range
+// and texture positions span all of it.
+inline std::int32_t WrappedDifference(std::uint32_t from, std::uint32_t to) {
+    return static_cast<std::int32_t>(to - from);
 }
-inline void WrappingAdd(std::int32_t& value, std::int32_t step) {
+inline void WrappingAdd(std::int32_t& value, std::int32_t step, std::uint32_t times = 1) {
     value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
-                                      static_cast<std::uint32_t>(step));
+                                      times * static_cast<std::uint32_t>(step));
+}
+inline void WrappingAdd(std::uint32_t& value, std::int32_t step, std::uint32_t times = 1) {
+    value += times * static_cast<std::uint32_t>(step);
 }
 
 // Exact stepping of an integer value by quotient and remainder of a division by `divisor`.

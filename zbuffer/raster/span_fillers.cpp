@@ -138,15 +138,13 @@ inline bool ShadePixel(const RasterContext& rc, const PolygonConstants& pc, cons
 template <FillMode M> inline void SkipColumns(SpanState& s, std::int32_t count) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
-    const std::uint32_t n = static_cast<std::uint32_t>(count);
+    const auto n = static_cast<std::uint32_t>(count);
     if constexpr (T.gouraud) {
-        for (int k = 0; k < 3; ++k) s.c[k] += n * static_cast<std::uint32_t>(s.cStep[k]);
+        for (int k = 0; k < 3; ++k) WrappingAdd(s.c[k], s.cStep[k], n);
     }
     if constexpr (T.textured) {
-        s.u = static_cast<std::int32_t>(static_cast<std::uint32_t>(s.u) +
-                                        n * static_cast<std::uint32_t>(s.uStep));
-        s.v = static_cast<std::int32_t>(static_cast<std::uint32_t>(s.v) +
-                                        n * static_cast<std::uint32_t>(s.vStep));
+        WrappingAdd(s.u, s.uStep, n);
+        WrappingAdd(s.v, s.vStep, n);
     }
 }
 
@@ -154,16 +152,12 @@ template <FillMode M> inline void StepSpan(SpanState& s) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width);
     if constexpr (T.gouraud) {
-        for (int k = 0; k < 3; ++k) s.c[k] += static_cast<std::uint32_t>(s.cStep[k]);
+        for (int k = 0; k < 3; ++k) WrappingAdd(s.c[k], s.cStep[k]);
     }
     if constexpr (T.textured) {
         WrappingAdd(s.u, s.uStep);
         WrappingAdd(s.v, s.vStep);
     }
-}
-
-inline std::int32_t WrappedStep(std::uint32_t from, std::uint32_t to, std::int32_t width) {
-    return static_cast<std::int32_t>(to - from) / width;
 }
 
 // One scanline between two active edges; the right end column is exclusive.
@@ -190,7 +184,7 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
         const std::uint32_t rc3[3] = {r.b, r.g, r.r};
         for (int k = 0; k < 3; ++k) {
             s.c[k] = lc[k];
-            s.cStep[k] = WrappedStep(lc[k], rc3[k], s.width);
+            s.cStep[k] = WrappedDifference(lc[k], rc3[k]) / s.width;
         }
     }
     if constexpr (T.textured) {
@@ -224,31 +218,27 @@ template <FillMode M> inline void StepEdge(EdgeRecord& e) {
     e.x += e.xStep;
     StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines);
     if constexpr (T.gouraud) {
-        e.r += static_cast<std::uint32_t>(e.rStep);
-        e.g += static_cast<std::uint32_t>(e.gStep);
-        e.b += static_cast<std::uint32_t>(e.bStep);
+        WrappingAdd(e.r, e.rStep);
+        WrappingAdd(e.g, e.gStep);
+        WrappingAdd(e.b, e.bStep);
     }
 }
 
 // Steps an edge over `count` scanlines at once.
 template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t count) {
     constexpr ModeTraits T = TraitsOf(M);
-    const std::uint32_t n = static_cast<std::uint32_t>(count);
-    auto advance = [n](std::int32_t& value, std::int32_t step) {
-        value = static_cast<std::int32_t>(static_cast<std::uint32_t>(value) +
-                                          n * static_cast<std::uint32_t>(step));
-    };
+    const auto n = static_cast<std::uint32_t>(count);
     if constexpr (T.textured) {
-        advance(e.u, e.uStep);
-        advance(e.v, e.vStep);
+        WrappingAdd(e.u, e.uStep, n);
+        WrappingAdd(e.v, e.vStep, n);
     }
-    advance(e.y, kSubpixelOne);
-    advance(e.x, e.xStep);
+    WrappingAdd(e.y, kSubpixelOne, n);
+    WrappingAdd(e.x, e.xStep, n);
     StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines, count);
     if constexpr (T.gouraud) {
-        e.r += n * static_cast<std::uint32_t>(e.rStep);
-        e.g += n * static_cast<std::uint32_t>(e.gStep);
-        e.b += n * static_cast<std::uint32_t>(e.bStep);
+        WrappingAdd(e.r, e.rStep, n);
+        WrappingAdd(e.g, e.gStep, n);
+        WrappingAdd(e.b, e.bStep, n);
     }
 }
 
