@@ -17,6 +17,9 @@ struct q5_RENDERSETTINGS {
     bool flagKind8 = false;       // answered for flag query kind 8
     bool flagKind9 = false;       // answered for flag query kind 9
     std::uint8_t flag1002 = 0;    // SetParam / GetParam id 1002
+    // Background-picture mode when the render context leaves it to the view (low 7 bits:
+    // 0 stretch, 2 centre, any other tile).
+    std::uint8_t backgroundMode = 0;
 
     static constexpr std::uint32_t kFlagDepthFade = 0x1000;
 };
@@ -74,4 +77,9 @@ struct q5_RENDERCONTEXT {
     // Depth mapping of the view: integer depth = scale * z + offset.
     double depthScale = 0.0;
     double depthOffset = 0.0;
+    // Background-picture mode; negative: the view's render settings decide.
+    std::int32_t backgroundMode = -1;
+    // The part of the camera's picture the frame shows, when the driver's region flag is set,
+    // in frame units: left, top, width, height.
+    float regionLeft = 0.0f, regionTop = 0.0f, regionWidth = 0.0f, regionHeight = 0.0f;
 };

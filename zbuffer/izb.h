@@ -120,6 +120,8 @@ private:
     void BeginSupersampled();
     void EndSupersampled();
     void DestroySurfacesOnRelease();
+    void DrawBackgroundPicture(std::uint32_t colour);
+    void CopyFrameTo(TPicture& target) const;
 
     // Vertex positions placed by DrawFaceGroupPlaced; grows to the largest mesh seen, so no
     // face group allocates once that size is reached.

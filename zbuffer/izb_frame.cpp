@@ -151,8 +151,10 @@ void IZB::ClearDepth() {
 
 void IZB::ClearFrame(std::uint32_t colour) {
     if (raster_.colourBase == nullptr) return;
-    // Unfinished: a held background picture is not drawn yet; the frame gets the colour.
-    FillColour(colour);
+    if (backgroundPicture != nullptr)
+        DrawBackgroundPicture(colour);
+    else
+        FillColour(colour);
     ClearDepth();
     marks_.Unmark(attachedId);
 }
