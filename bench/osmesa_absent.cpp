@@ -7,7 +7,7 @@ std::unique_ptr<OsmesaPeer> OsmesaPeer::Create(int, int) {
     return nullptr;
 }
 OsmesaPeer::~OsmesaPeer() = default;
-void OsmesaPeer::DrawRandomSet(const workload::RandomSet&) {}
+void OsmesaPeer::DrawRandomSet(const workload::RandomSet&, Variant) {}
 void OsmesaPeer::DrawMesh(const workload::Mesh&, bool) {}
 const char* OsmesaPeer::Renderer() const {
     return "";

@@ -13,6 +13,8 @@ struct OsmesaPeer::State {
     std::vector<unsigned char> buffer;
     std::vector<float> positions; // x, y, z per vertex
     std::vector<unsigned char> colours;
+    std::vector<float> texcoords; // u = x / 256, v = y / 256: one texel per pixel
+    GLuint texture = 0;
 };
 
 namespace {
@@ -62,7 +64,7 @@ const char* OsmesaPeer::Renderer() const {
     return reinterpret_cast<const char*>(glGetString(GL_RENDERER));
 }
 
-void OsmesaPeer::DrawRandomSet(const workload::RandomSet& set) {
+void OsmesaPeer::DrawRandomSet(const workload::RandomSet& set, Variant variant) {
     State& s = *state_;
     if (s.positions.empty()) {
         for (const workload::Triangle& t : set.triangles)
@@ -70,12 +72,46 @@ void OsmesaPeer::DrawRandomSet(const workload::RandomSet& set) {
                 s.positions.insert(s.positions.end(),
                                    {v.x16 / 16.0f, v.y16 / 16.0f, v.z / 16777216.0f});
                 s.colours.insert(s.colours.end(), {v.r, v.g, v.b, 255});
+                s.texcoords.insert(s.texcoords.end(),
+                                   {v.x16 / 16.0f / 256.0f, v.y16 / 16.0f / 256.0f});
             }
     }
+    if (variant.textured && s.texture == 0) {
+        // The benchmark texture: texel (s, t) = (R s, G t, B (s ^ t) / 2, A 255), stored BGRA.
+        std::vector<unsigned char> texels(256 * 256 * 4);
+        for (int t = 0; t < 256; ++t)
+            for (int u = 0; u < 256; ++u) {
+                unsigned char* p = &texels[static_cast<std::size_t>(t * 256 + u) * 4];
+                p[0] = static_cast<unsigned char>((u ^ t) >> 1);
+                p[1] = static_cast<unsigned char>(t);
+                p[2] = static_cast<unsigned char>(u);
+                p[3] = 255;
+            }
+        glGenTextures(1, &s.texture);
+        glBindTexture(GL_TEXTURE_2D, s.texture);
+        glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, 256, 256, 0, GL_BGRA, GL_UNSIGNED_BYTE,
+                     texels.data());
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+        glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    }
     glDisable(GL_CULL_FACE);
+    glDepthFunc(variant.alwaysPasses ? GL_ALWAYS : GL_LEQUAL);
+    if (variant.textured) {
+        glEnable(GL_TEXTURE_2D);
+        glEnableClientState(GL_TEXTURE_COORD_ARRAY);
+        glTexCoordPointer(2, GL_FLOAT, 0, s.texcoords.data());
+    }
     ClearAndBindArrays(s.positions.data(), s.colours.data());
     glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(s.positions.size() / 3));
     glFinish();
+    if (variant.textured) {
+        glDisable(GL_TEXTURE_2D);
+        glDisableClientState(GL_TEXTURE_COORD_ARRAY);
+    }
+    glDepthFunc(GL_LEQUAL);
 }
 
 void OsmesaPeer::DrawMesh(const workload::Mesh& mesh, bool cullBackFaces) {

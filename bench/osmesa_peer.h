@@ -12,8 +12,14 @@ public:
     static std::unique_ptr<OsmesaPeer> Create(int width, int height);
     ~OsmesaPeer();
 
+    // How the random triangles are drawn besides Gouraud with the depth test.
+    struct Variant {
+        bool textured = false;     // the benchmark texture, nearest texel, times the colour
+        bool alwaysPasses = false; // depth test always passes, depth still written
+    };
+
     // One frame: clear colour and depth, draw every triangle, finish.
-    void DrawRandomSet(const workload::RandomSet& set);
+    void DrawRandomSet(const workload::RandomSet& set, Variant variant);
     void DrawMesh(const workload::Mesh& mesh, bool cullBackFaces);
     const char* Renderer() const;
     // Share of the frame's pixels that the last frame wrote (colour not black).

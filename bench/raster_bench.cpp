@@ -204,7 +204,7 @@ void MeshFrame(benchmark::State& state, bool cull) {
 }
 
 // The same frames through llvmpipe (OSMesa), one thread.
-void PeerRandom(benchmark::State& state, bool small) {
+void PeerRandom(benchmark::State& state, bool small, OsmesaPeer::Variant variant) {
     const workload::RandomSet& set = small ? SmallSet() : FillSet();
     auto peer = OsmesaPeer::Create(set.width, set.height);
     if (!peer) {
@@ -212,7 +212,7 @@ void PeerRandom(benchmark::State& state, bool small) {
         return;
     }
     state.SetLabel(peer->Renderer());
-    for (auto _ : state) peer->DrawRandomSet(set);
+    for (auto _ : state) peer->DrawRandomSet(set, variant);
     PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
 }
 
@@ -228,8 +228,10 @@ int main(int argc, char** argv) {
     bench::Frame("lines/small-edges", Lines, std::cref(SmallSet()));
     bench::Frame("mesh/tessera", MeshFrame, false);
     bench::Frame("meshcull/tessera", MeshFrame, true);
-    bench::Frame("fill/llvmpipe", PeerRandom, false);
-    bench::Frame("small/llvmpipe", PeerRandom, true);
+    bench::Frame("fill/llvmpipe", PeerRandom, false, OsmesaPeer::Variant{});
+    bench::Frame("fillw/llvmpipe", PeerRandom, false, OsmesaPeer::Variant{false, true});
+    bench::Frame("textured/llvmpipe", PeerRandom, false, OsmesaPeer::Variant{true, false});
+    bench::Frame("small/llvmpipe", PeerRandom, true, OsmesaPeer::Variant{});
     bench::Frame("mesh/llvmpipe", bench::PeerMesh, false);
     bench::Frame("meshcull/llvmpipe", bench::PeerMesh, true);
     return bench::RunRegistered(argc, argv);

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "core/platform/drawdib.h"
 #include "core/platform/module.h"
 #include "core/platform/system_info.h"
 #include "plugin/plugin_state.h"
@@ -15,6 +16,8 @@ constexpr unsigned kPathCapacity = 260;
 void BindDrawDib() {
     DriverModule& state = Plugin();
     state.screenDepth = q5plat::ScreenBitsPerPixel();
+    // Presentation takes the plain bitmap path, as it does when the library cannot be opened.
+    if constexpr (!q5plat::kSystemHasDrawDib) return;
     if (state.screenDepth >= 15 && q5plat::IsLibraryLoaded(kDrawDibLibrary)) return;
 
     char directory[kPathCapacity];

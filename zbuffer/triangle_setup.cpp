@@ -40,14 +40,15 @@ struct ProjectedPolygon {
 };
 
 // Projects the corners in place, or clips them into `out` and projects the result. Leaves
-// out.count at 0 when the clip codes or the clipper leave nothing.
+// out.count at 0 when the clip codes or the clipper leave nothing. View-space positions are
+// kept only when asked for: most triangles never look at them.
 void ClipAndProject(q5_VIEW& view, ScreenVertex* const corners[3], bool textured,
-                    ProjectedPolygon& out) {
+                    ProjectedPolygon& out, bool keepPositions = true) {
     out.count = 0;
     const ClipCodes codes = CodesOf(corners, 3);
     if (codes.any <= 1) {
         for (int i = 0; i < 3; ++i) {
-            GetViewPosition(*corners[i], out.positions[i]);
+            if (keepPositions) GetViewPosition(*corners[i], out.positions[i]);
             out.list[i] = corners[i];
         }
         view.ProjectVertexList(corners, 3);
@@ -61,7 +62,7 @@ void ClipAndProject(q5_VIEW& view, ScreenVertex* const corners[3], bool textured
     if (!kept || count < 1) return;
     count = std::min(count, kClipBufferSize);
     for (int i = 0; i < count; ++i) {
-        GetViewPosition(out.clipped[i], out.positions[i]);
+        if (keepPositions) GetViewPosition(out.clipped[i], out.positions[i]);
         out.list[i] = &out.clipped[i];
     }
     view.ProjectVertices(out.clipped, count, static_cast<int>(sizeof(ScreenVertex)));
@@ -108,7 +109,7 @@ Facing FacingTest(FaceTarget& target, ScreenVertex* const corners[3]) {
     ScreenVertex copy[3] = {*corners[0], *corners[1], *corners[2]};
     ScreenVertex* copies[3] = {&copy[0], &copy[1], &copy[2]};
     ProjectedPolygon p;
-    ClipAndProject(target.view, copies, false, p);
+    ClipAndProject(target.view, copies, false, p, false);
     if (p.count == 0) return Facing::Outside;
     return PassesBackFaceTest(p.list, p.count) ? Facing::Front : Facing::Back;
 }
@@ -116,7 +117,7 @@ Facing FacingTest(FaceTarget& target, ScreenVertex* const corners[3]) {
 void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3],
                             std::uint8_t flags) {
     ProjectedPolygon p;
-    ClipAndProject(target.view, corners, false, p);
+    ClipAndProject(target.view, corners, false, p, false);
     if (p.count == 0 || Culled(p, flags)) return;
     HandOver(target.rc, p, flags, &DrawUntexturedPolygon);
 }
@@ -124,7 +125,7 @@ void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3],
 void DrawTexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t flags,
                           bool refine) {
     ProjectedPolygon p;
-    ClipAndProject(target.view, corners, true, p);
+    ClipAndProject(target.view, corners, true, p, refine);
     if (p.count == 0 || Culled(p, flags)) return;
     if (refine) {
         DrawRefinedFan(target.rc, target.view, p.list, p.positions, p.count, flags);

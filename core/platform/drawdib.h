@@ -5,6 +5,15 @@
 
 using q5_HDRAWDIB = void*;
 
+namespace q5plat {
+// Only Windows has the library; elsewhere looking for it would search every library folder.
+#if defined(_WIN32)
+inline constexpr bool kSystemHasDrawDib = true;
+#else
+inline constexpr bool kSystemHasDrawDib = false;
+#endif
+} // namespace q5plat
+
 extern "C" {
 #if defined(_WIN32)
 #define Q5_WINAPI __stdcall

@@ -37,18 +37,16 @@ bool DecodePngFile(const char* path, PngPixels& out, std::string& error) {
     return true;
 }
 
-bool EncodePngFile(const char* path, const std::uint8_t* bgra, std::int32_t width,
-                   std::int32_t height, std::size_t stride, bool keepAlpha, std::string& error) {
-    if (path == nullptr || path[0] == 0) {
-        error = "no file name";
-        return false;
-    }
+bool EncodePng(const std::uint8_t* bgra, std::int32_t width, std::int32_t height,
+               std::size_t stride, bool keepAlpha, std::vector<std::uint8_t>& png,
+               std::string& error) {
+    png.clear();
     if (bgra == nullptr || width < 1 || height < 1 || TooLarge(width, height) ||
         stride < 4 * static_cast<std::size_t>(width)) {
         error = "the image is empty";
         return false;
     }
-    if (keepAlpha) return EncodeFile(path, bgra, width, height, stride, 4, error);
+    if (keepAlpha) return EncodeBytes(bgra, width, height, stride, 4, png, error);
 
     // Both codecs take opaque pixels as packed 3-byte rows.
     const std::size_t packedStride = 3 * static_cast<std::size_t>(width);
@@ -62,7 +60,7 @@ bool EncodePngFile(const char* path, const std::uint8_t* bgra, std::int32_t widt
             to[2] = in[2];
         }
     }
-    return EncodeFile(path, packed.data(), width, height, packedStride, 3, error);
+    return EncodeBytes(packed.data(), width, height, packedStride, 3, png, error);
 }
 
 } // namespace q5plat

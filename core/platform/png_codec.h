@@ -23,9 +23,11 @@ struct PngPixels {
 
 bool DecodePngFile(const char* path, PngPixels& out, std::string& error);
 
-// Writes width x height pixels of 32-bit blue, green, red, alpha rows, top first and `stride`
-// bytes apart, to `path`. Without `keepAlpha` the file has no alpha channel.
-bool EncodePngFile(const char* path, const std::uint8_t* bgra, std::int32_t width,
-                   std::int32_t height, std::size_t stride, bool keepAlpha, std::string& error);
+// The PNG file, in `png`, of width x height pixels of 32-bit blue, green, red, alpha rows, top
+// first and `stride` bytes apart. Without `keepAlpha` the file has no alpha channel. Bytes
+// rather than a file, so that the caller decides where and how they land.
+bool EncodePng(const std::uint8_t* bgra, std::int32_t width, std::int32_t height,
+               std::size_t stride, bool keepAlpha, std::vector<std::uint8_t>& png,
+               std::string& error);
 
 } // namespace q5plat

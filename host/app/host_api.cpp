@@ -5,10 +5,12 @@
 
 #include "core/containers/collection.h"
 #include "core/language/language_table.h"
+#include "core/platform/dialog_controls.h"
 #include "core/platform/icon.h"
 #include "core/services/host_link.h"
 #include "core/services/text_convert.h"
 #include "host/app/host_plugin.h"
+#include "host/app/host_property_sheet.h"
 #include "host/app/plugin_module.h"
 #include "interface/driver.h"
 
@@ -160,11 +162,26 @@ void HostAPI::SetSettingInt(std::int32_t, const char* key, std::int32_t value) {
     settingsWritten_ = true;
 }
 
-// A command-line host has no help viewer, dialogs or property sheets.
-void HostAPI::ShowHelp(const char*, std::int32_t, void*) {}
-void HostAPI::LocalizeDialog(std::uint64_t, q5_HWND, std::intptr_t) {}
-q5_PROPERTYSHEET* HostAPI::CreatePropertySheet(q5_HWND, std::int32_t) {
-    return nullptr;
+// A command-line host has no help viewer: it names the topic.
+void HostAPI::ShowHelp(const char* topic, std::int32_t, void*) {
+    std::printf("%s: help: %s\n", program_.c_str(), topic != nullptr ? topic : "");
+    std::fflush(stdout);
+}
+
+void HostAPI::LocalizeDialog(std::uint64_t table, q5_HWND dialog, std::intptr_t) {
+    for (const q5plat::ControlState& control : q5plat::ListDialogControls(dialog)) {
+        const std::u16string& text = control.text;
+        if (text.size() < 2 || text[0] != u'#' ||
+            text.find_first_not_of(u"0123456789", 1) != std::u16string::npos || text.size() > 10)
+            continue;
+        std::int32_t id = 0;
+        for (std::size_t i = 1; i < text.size(); ++i) id = id * 10 + (text[i] - u'0');
+        q5plat::SetDlgItemText(dialog, control.id, LGetString(table, id));
+    }
+}
+
+q5_PROPERTYSHEET* HostAPI::CreatePropertySheet(q5_HWND parent, std::int32_t) {
+    return new HostPropertySheet(parent, sheetScript_ ? &sheetScript_ : nullptr);
 }
 
 bool HostAPI::ResolveFileName(const q5_WCHAR*, q5_WCHAR*, std::int32_t, q5_FILETIME*) {

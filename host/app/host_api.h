@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/platform/property_sheet.h"
 #include "host/app/ini_settings.h"
 #include "interface/gapi.h"
 
@@ -43,6 +44,9 @@ public:
     bool SettingsWritten() const { return settingsWritten_; }
     const std::vector<Registration>& Registrations() const { return registrations_; }
     std::int32_t ErrorCount() const { return errors_; }
+    // Property sheets run under `script` instead of going to the user; an empty one gives
+    // them back to the user.
+    void SetSheetScript(q5plat::SheetScript script) { sheetScript_ = std::move(script); }
     // Reads the host's main string table from `folder`/language.ln.
     bool LoadLanguage(const std::string& folder);
     // A format plug-in at `path`, loaded when one of its formats is first used (or by its
@@ -96,6 +100,7 @@ private:
     std::vector<std::pair<q5_HICON, q5_HICON>> icons_;
     q5_COLLECTION* placement_ = nullptr;
     std::vector<std::pair<std::string, std::int32_t>> overrides_;
+    q5plat::SheetScript sheetScript_;
     std::int32_t errors_ = 0;
     bool settingsWritten_ = false;
 };

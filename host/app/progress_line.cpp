@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdio>
 
+#include "core/platform/output_file.h"
+
 namespace {
 
 volatile std::sig_atomic_t gInterrupted = 0;
@@ -18,7 +20,7 @@ bool StillWanted(q5_PROGRESS*) {
 
 } // namespace
 
-ProgressLine::ProgressLine() {
+ProgressLine::ProgressLine() : visible_(q5plat::IsTerminal(q5plat::StandardStream::Error)) {
     progress_.callback = &StillWanted;
     std::signal(SIGINT, OnInterrupt);
 }
@@ -29,6 +31,7 @@ ProgressLine::~ProgressLine() {
 }
 
 void ProgressLine::Frame(int index, int count, const std::string& file) {
+    if (!visible_) return;
     std::fprintf(stderr, "\rframe %d/%d %s   ", index, count, file.c_str());
     std::fflush(stderr);
     open_ = true;

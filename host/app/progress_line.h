@@ -1,4 +1,5 @@
-// The render's progress object, and a progress line on standard error for frame sequences.
+// The render's progress object, and a progress line on standard error for frame sequences,
+// shown only when standard error is a terminal (a file or pipe would collect every rewrite).
 #pragma once
 
 #include <string>
@@ -16,6 +17,8 @@ public:
     q5_PROGRESS* Progress() { return &progress_; }
     bool Cancelled() { return q5_PROGRESS::Cancelled(&progress_); }
 
+    // Off for --quiet; on by default only on a terminal.
+    void SetVisible(bool visible) { visible_ = visible; }
     // Rewrites the line: "frame 3/36 turn_002.png".
     void Frame(int index, int count, const std::string& file);
     // Ends the line, if one was written.
@@ -24,4 +27,5 @@ public:
 private:
     q5_PROGRESS progress_;
     bool open_ = false;
+    bool visible_;
 };

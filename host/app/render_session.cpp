@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "host/scene/frame_mesh.h"
@@ -30,6 +31,10 @@ enum Phase : std::int32_t {
 constexpr std::int32_t kValueWidth = 100;
 constexpr std::int32_t kValueHeight = 101;
 constexpr std::int32_t kValueColourBits = 102;
+constexpr std::int32_t kValueDepthBytes = 105;
+constexpr std::int32_t kValueDepthBits = 104;
+// The driver sizes each surface in 32 bits.
+constexpr std::uint64_t kMaxSurfaceBytes = 0xFFFFFFFFu;
 
 // Outlines lie on their faces, so they are pulled nearer by this share of their distance for
 // the faces not to hide them.
@@ -37,8 +42,20 @@ constexpr double kOutlinePull = 0.004;
 // The driver's depth offset counts in steps of this many depth units.
 constexpr double kDepthOffsetUnit = 1024.0;
 
+// Pixels between a label and the frame's top-left corner.
+constexpr std::int32_t kLabelMargin = 8;
+
 // Frame sizes the host accepts.
 constexpr std::int32_t kMaxSide = 16384;
+
+// True when no depth of the frame being drawn moved from what clearing left: nothing of the
+// scene reached a pixel.
+bool NothingDrawn(DRIVER3D& d, std::int32_t cleared) {
+    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(kValueDepthBits, 0));
+    const std::int64_t count = d.GetValue(kValueDepthBytes, 0) / 4;
+    if (depth == nullptr || count <= 0) return false;
+    return std::all_of(depth, depth + count, [cleared](std::int32_t z) { return z == cleared; });
+}
 
 } // namespace
 
@@ -70,6 +87,23 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
         error = "the frame size is out of range";
         return false;
     }
+    const std::uint64_t scale = request.supersample ? 2 : 1;
+    const std::uint64_t drawnWidth = scale * request.width, drawnHeight = scale * request.height;
+    if (4 * drawnWidth * drawnHeight > kMaxSurfaceBytes) {
+        error = "a frame of " + std::to_string(drawnWidth) + "x" + std::to_string(drawnHeight) +
+                " pixels is more than the driver's surfaces hold (4 GiB); use a smaller --size" +
+                (request.supersample ? " or no --supersample" : "");
+        return false;
+    }
+    // A surface the driver could not allocate is null; drawing must not start then.
+    const auto surfacesMissing = [&](std::uint64_t width, std::uint64_t height) {
+        if (driver_->GetValue(kValueColourBits, 0) != 0 &&
+            driver_->GetValue(kValueDepthBits, 0) != 0)
+            return false;
+        error = "out of memory for a frame of " + std::to_string(width) + "x" +
+                std::to_string(height) + " pixels";
+        return true;
+    };
     view_.SetVolume(volume);
     view_.SetSecondBackground(request.background[1]);
     view_.SetFade(request.fade, request.fadeColour);
@@ -80,12 +114,18 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
 
     DRIVER3D& d = *driver_;
     d.Resize(request.width, request.height);
+    if (surfacesMissing(request.width, request.height)) return false;
     d.FrameStep(kBegin);
     if (request.supersample) {
         d.FrameStep(kSupersampleRequest);
         d.FrameStep(kSupersampleBegin);
+        if (surfacesMissing(drawnWidth, drawnHeight)) return false;
     }
+    d.SetBkImage(request.backgroundPicture);
+    context.backgroundMode = request.backgroundMode;
     d.ClearFrame(request.background[0]);
+    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(kValueDepthBits, 0));
+    const std::int32_t clearedDepth = depth != nullptr ? *depth : 0;
 
     q5_RENDERSTATE state;
     state.refine = request.refine;
@@ -123,6 +163,27 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
 
     for (std::size_t i : opaque) draw(*meshes[i], 1.0f, sides(objects[i]));
 
+    // Lines and points of model files, in their material's colour.
+    q5_MATERIAL lines;
+    lines.flags = q5_MATERIAL::kDrawEdges;
+    std::vector<ScreenVertex> points;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        const MeshGeometry& g = objects[i].geometry;
+        if (g.segments.empty() && g.points.empty()) continue;
+        const Rgb& c = scene.Material(objects[i].material).colour;
+        const auto byte = [](float v) {
+            return static_cast<std::uint32_t>(std::clamp(v, 0.0f, 1.0f) * 255.0f + 0.5f);
+        };
+        const std::uint32_t colour = byte(c.red) | byte(c.green) << 8 | byte(c.blue) << 16;
+        if (!g.segments.empty()) {
+            FrameMesh segments;
+            segments.BuildLines(objects[i], &lines, colour, camera, volume);
+            draw(segments, 1.0f, 0);
+        }
+        meshes[i]->ProjectPoints(objects[i], view_, colour, points);
+        if (!points.empty()) d.DrawScreenPoints(points.data(), static_cast<std::int32_t>(points.size()));
+    }
+
     q5_MATERIAL outline;
     outline.flags = q5_MATERIAL::kDrawEdges;
     for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -141,12 +202,19 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
     for (std::size_t i : blended)
         draw(*meshes[i], objects[i].opacity, q5_FACERUN::kBlend | sides(objects[i]));
 
+    if (!objects.empty() && NothingDrawn(d, clearedDepth)) {
+        error = "nothing reaches the picture: every face is culled or outside the view "
+                "(try --two-sided or another --camera)";
+        return false;
+    }
     if (request.fade) d.FrameStep(kFade);
     if (request.supersample) {
         d.FrameStep(kSupersampleEnd);
         d.FrameStep(kSupersampleDone);
     }
     d.FrameStep(kEnd);
+    if (!request.label.empty())
+        d.DrawText(kLabelMargin, kLabelMargin, request.label.c_str(), request.labelColour);
 
     if (q5_PROGRESS::Cancelled(context.progress)) {
         error = "interrupted";

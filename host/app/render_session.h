@@ -10,6 +10,7 @@
 class Camera;
 class Scene;
 class DRIVER3D;
+class TPicture;
 
 struct FrameRequest {
     std::int32_t width = 1280, height = 720;
@@ -19,6 +20,12 @@ struct FrameRequest {
     std::uint32_t fadeColour = 0;
     bool edges = false;  // outline every object, not only those that ask for it
     bool refine = false; // subdivide large textured triangles
+    // Drawn by the clear in place of the colours; held by the caller for the frame.
+    TPicture* backgroundPicture = nullptr;
+    std::int32_t backgroundMode = 0; // 0 stretch, 2 centre, any other tile
+    // Written over the finished frame at the top left, red in the colour's low byte.
+    std::u16string label;
+    std::uint32_t labelColour = 0xFFFFFF;
 };
 
 class RenderSession {

@@ -1,19 +1,29 @@
 // tessera-render: renders a model or a built-in scene to PNG through the driver module.
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <string>
+#include <vector>
 
 #include "core/platform/module.h"
+#include "core/platform/output_file.h"
+#include "core/services/text_convert.h"
 #include "host/app/host_api.h"
 #include "host/app/ini_settings.h"
 #include "host/app/plugin_module.h"
 #include "host/app/progress_line.h"
 #include "host/app/render_session.h"
 #include "host/cli/options.h"
+#include "host/cli/options_command.h"
 #include "host/formats/model_file.h"
+#include "host/formats/model_formats.h"
 #include "host/formats/png_file.h"
+#include "host/formats/texture_file.h"
 #include "host/scene/builtin_scenes.h"
 #include "host/scene/framing.h"
+#include "host/scene/host_picture.h"
 #include "host/scene/scene.h"
 #include "interface/driver.h"
 
@@ -36,21 +46,15 @@ std::string ProgramFolder() {
     return std::filesystem::path(path).parent_path().string();
 }
 
-// The picture must be able to land where it was asked for, checked before any rendering.
-bool CheckOutput(const std::string& output, std::string& error) {
-    namespace fs = std::filesystem;
-    std::error_code ec;
-    const fs::path path(output);
-    if (!path.has_filename() || fs::is_directory(path, ec)) {
-        error = "cannot write " + output + ": it names a folder";
-        return false;
-    }
-    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    if (!fs::is_directory(folder, ec)) {
-        error = "cannot write " + output + ": folder " + folder.string() + " does not exist";
-        return false;
-    }
-    return true;
+double MillisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
+std::size_t TriangleCount(const Scene& scene) {
+    std::size_t count = 0;
+    for (const SceneObject& o : scene.Objects()) count += o.geometry.triangles.size();
+    return count;
 }
 
 std::string DefaultOutput(const CliOptions& o) {
@@ -58,37 +62,124 @@ std::string DefaultOutput(const CliOptions& o) {
     return std::filesystem::path(o.model).stem().string() + ".png";
 }
 
+struct PictureRelease {
+    void operator()(HostPicture* picture) const { picture->Release(); }
+};
+
 } // namespace
 
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     CliOptions options;
     std::string error;
     switch (ParseCommandLine(argc, argv, options, error)) {
     case ParseOutcome::Help:
         std::fputs(HelpText(), stdout);
         return 0;
+    case ParseOutcome::Version:
+        std::printf("%s %s\n", kProgram, TESSERA_VERSION);
+        return 0;
     case ParseOutcome::Error:
         return Fail(error + " (see --help)", kExitUsage);
     case ParseOutcome::Run:
         break;
     }
+    if (options.listFormats) {
+        IniSettings none;
+        HostAPI formats(none);
+        RegisterModelFormats(formats);
+        if (!LoadFormatChoices(formats, FormatChoicesFile(options.settings), error))
+            return Fail(error);
+        std::fputs(ListModelFormats().c_str(), stdout);
+        if (*MissingFormatsHint() != 0) std::printf("(%s)\n", MissingFormatsHint());
+        return 0;
+    }
+    if (options.optionsPage != CliOptions::OptionsPage::None)
+        return RunOptionsPage(options, ProgramFolder(), kProgram);
     const std::string output = options.output.empty() ? DefaultOutput(options) : options.output;
-    if (!CheckOutput(output, error)) return Fail(error);
+    // Several pictures to one stream follow one another, as readers of image pipes expect.
+    const bool stream = IsPngStream(output);
+    const int count = options.frames > 0 ? options.frames : 1;
+    const auto fileOf = [&](int i) {
+        return options.frames > 0 && !stream ? SequenceFileName(output, i, count) : output;
+    };
+    if (!CheckPngOutput(fileOf(0), error)) return Fail(error);
+    if (output == kStandardOutputName && q5plat::IsTerminal(q5plat::StandardStream::Output))
+        return Fail("cannot write -: standard output is a terminal; redirect it", kExitUsage);
 
     IniSettings settings;
+    std::error_code ec;
+    if (!options.settings.empty() && !std::filesystem::exists(options.settings, ec))
+        return Fail("settings file " + options.settings +
+                        " does not exist (an empty file starts a new one)",
+                    kExitUsage);
     if (!options.settings.empty() && !settings.Load(options.settings))
         return Fail("cannot read settings file " + options.settings);
+    const auto verbose = [&](const std::string& line) {
+        if (options.verbose) std::fprintf(stderr, "%s: %s\n", kProgram, line.c_str());
+    };
+    char text[256];
 
+    // Model formats are found through the host's file-type registry.
+    HostAPI host(settings);
+    // Errors wait for the outcome: a step that fails says why in its own one line.
+    std::vector<std::string> pendingErrors;
+    host.SetMessageSink([&](std::int32_t level, const std::string& message) {
+        if (level == kReportError)
+            pendingErrors.push_back(message);
+        else if (!options.quiet)
+            std::fprintf(stderr, "%s: %s: %s\n", kProgram,
+                         level == kReportInfo ? "info" : "warning", message.c_str());
+    });
+    const auto flushErrors = [&] {
+        for (const std::string& message : pendingErrors)
+            std::fprintf(stderr, "%s: error: %s\n", kProgram, message.c_str());
+        pendingErrors.clear();
+    };
     Scene scene;
+    const auto loadStart = std::chrono::steady_clock::now();
     if (!options.model.empty()) {
-        if (!LoadModel(options.model, scene, error)) return Fail(error);
-        if (!error.empty()) std::fprintf(stderr, "%s: warning: %s\n", kProgram, error.c_str());
+        RegisterModelFormats(host);
+        if (!LoadFormatChoices(host, FormatChoicesFile(options.settings), error))
+            return Fail(error);
+        ModelOptions modelOptions;
+        modelOptions.twoSided = options.twoSided;
+        std::vector<std::string> warnings;
+        const bool loaded = LoadModel(options.model, scene, modelOptions, warnings, error);
+        for (const std::string& warning : warnings)
+            if (!options.quiet)
+                std::fprintf(stderr, "%s: warning: %s\n", kProgram, warning.c_str());
+        if (!loaded) return Fail(error);
     } else if (!BuildBuiltInScene(options.scene, scene)) {
         return Fail("unknown scene '" + options.scene + "' (see --help)", kExitUsage);
     }
+    std::snprintf(text, sizeof text, "loaded %s in %.1f ms: %zu objects, %zu triangles",
+                  options.model.empty() ? ("scene " + options.scene).c_str()
+                                        : options.model.c_str(),
+                  MillisecondsSince(loadStart), scene.Objects().size(), TriangleCount(scene));
+    verbose(text);
+
+    // The picture behind the scene and the label are checked before any rendering.
+    std::unique_ptr<HostPicture, PictureRelease> backgroundPicture;
+    if (!options.backgroundImage.empty()) {
+        Image picture;
+        if (!ReadImageFile(options.backgroundImage, picture, error))
+            return Fail("cannot use background image " + options.backgroundImage + ": " + error);
+        backgroundPicture.reset(HostPicture::FromPixels(picture.width, picture.height,
+                                                        picture.channels, picture.pixels.data()));
+        if (!backgroundPicture)
+            return Fail("cannot use background image " + options.backgroundImage +
+                        ": out of memory");
+    }
+    std::u16string label;
+    if (!options.label.empty()) {
+        const int units = UTF8toWideString(options.label.c_str(), nullptr, 0);
+        if (units <= 0) return Fail("--label: the text is not UTF-8", kExitUsage);
+        label.resize(static_cast<std::size_t>(units));
+        UTF8toWideString(options.label.c_str(), label.data(), units);
+        label.resize(static_cast<std::size_t>(units) - 1);
+    }
 
     const std::string folder = ProgramFolder();
-    HostAPI host(settings);
     host.SetProgramName(kProgram);
     host.SetProgramFolder(folder);
     host.LoadLanguage(folder);
@@ -98,9 +189,15 @@ int main(int argc, char** argv) {
         options.driver.empty() ? PluginModule::DefaultPath(folder) : options.driver;
     if (!module.Load(modulePath)) return Fail(module.Error());
     host.SetDriverModule(&module);
-    if (!module.Init(&host)) return Fail(module.Error());
+    if (!module.Init(&host)) {
+        flushErrors();
+        return Fail(module.Error());
+    }
+    flushErrors();
+    verbose("driver module " + modulePath);
 
     ProgressLine progress;
+    if (options.quiet) progress.SetVisible(false);
     int status = 0;
     {
         RenderSession session;
@@ -116,6 +213,9 @@ int main(int argc, char** argv) {
         request.fadeColour = options.fadeColour.value_or(request.background[0]);
         request.edges = options.edges;
         request.refine = session.Driver()->QueryCaps(kCapsRefine) != 0;
+        request.backgroundPicture = backgroundPicture.get();
+        request.backgroundMode = options.backgroundMode;
+        request.label = label;
 
         Shot shot;
         shot.yaw = options.yaw.value_or(scene.yaw);
@@ -124,26 +224,50 @@ int main(int argc, char** argv) {
         shot.fovY = options.fov.value_or(scene.fovY);
         shot.fit = scene.fit;
 
-        const int count = options.frames > 0 ? options.frames : 1;
         const double startYaw = shot.yaw;
         for (int i = 0; i < count && status == 0; ++i) {
-            const std::string file =
-                options.frames > 0 ? SequenceFileName(output, i, count) : output;
+            const std::string file = fileOf(i);
             if (options.frames > 0) progress.Frame(i + 1, count, file);
+            const auto frameStart = std::chrono::steady_clock::now();
             shot.yaw = startYaw + 360.0 * i / count;
             const Framing framing = FrameScene(scene.FramedBounds(), scene.AllBounds(), shot,
                                                request.width, request.height);
             Image image;
-            if (!session.Render(scene, framing.camera, framing.volume, request, image, error) ||
-                !WritePng(file, image, error)) {
+            const bool rendered =
+                session.Render(scene, framing.camera, framing.volume, request, image, error);
+            const double renderMs = MillisecondsSince(frameStart);
+            const auto writeStart = std::chrono::steady_clock::now();
+            if (!rendered || !WritePng(file, image, error)) {
                 progress.Done();
+                pendingErrors.clear();
                 status = Fail(error);
+                break;
+            }
+            flushErrors();
+            if (options.verbose) {
+                progress.Done();
+                std::snprintf(text, sizeof text,
+                              "frame %d/%d %dx%d: rendered in %.1f ms, written in %.1f ms", i + 1,
+                              count, request.width, request.height, renderMs,
+                              MillisecondsSince(writeStart));
+                verbose(text + (" to " + file));
             }
         }
         progress.Done();
     }
+    if (status == 0) flushErrors(); // those of the driver's release
     if (host.ErrorCount() > 0 && status == 0) status = kExitFailure;
     if (!options.settings.empty() && host.SettingsWritten() && !settings.Save(options.settings))
         return Fail("cannot write settings file " + options.settings);
     return status;
+}
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        // Anywhere in the host: a huge frame, model or picture.
+        return Fail(
+            "out of memory (a smaller --size, no --supersample or a smaller model may fit)");
+    }
 }

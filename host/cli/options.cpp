@@ -57,21 +57,41 @@ const char* HelpText() {
            "Renders a model file, or a built-in scene, to a PNG picture with the software\n"
            "Z-buffer driver.\n"
            "\n"
-           "  -o, --output FILE        picture to write (default: <scene or model name>.png)\n"
+           "  -o, --output FILE        picture to write (default: <scene or model name>.png); a\n"
+           "                           new or regular FILE is replaced whole once complete, \"-\"\n"
+           "                           (standard output), a device or a link is written as it is\n"
            "  --scene NAME             built-in scene: demo (default), cube, clip, glass\n"
            "  --size WxH               frame size in pixels, 1 to 16384 a side (default 1280x720)\n"
-           "  --orbit YAW,PITCH        camera angles around the scene, in degrees\n"
+           "  --orbit YAW,PITCH        camera angles around the scene in degrees, pitch -90..90\n"
            "  --distance D             camera distance from the scene's centre (default: fit)\n"
            "  --fov DEGREES            vertical field of view (default 40)\n"
            "  --camera YAW,PITCH[,D[,FOV]]  the three above at once\n"
            "  --background C|C1,C2     solid colour, or a gradient from top to bottom\n"
+           "  --background-image FILE  a PNG, JPEG, TGA or BMP picture behind the scene\n"
+           "  --background-mode M      how it fills the frame: stretch (default), centre, tile\n"
+           "  --label TEXT             write TEXT at the picture's top-left corner\n"
            "  --supersample            render at twice the size and average down\n"
            "  --fade[=COLOUR]          fade distant surfaces toward the background (or COLOUR)\n"
            "  --edges                  outline the model edges of every object\n"
+           "  --two-sided              draw the back faces of every model object (by default\n"
+           "                           only of objects that are not closed)\n"
+           "  --list-formats           list the model formats this program reads\n"
            "  --refine on|off          subdivide large textured triangles (default: setting)\n"
-           "  --frames N               a turntable of N pictures, numbered FILE_000.png, ...\n"
+           "  --frames N               a turntable of N pictures, numbered FILE_000.png, ...; to\n"
+           "                           \"-\" or a device they follow one another\n"
            "  --driver PATH            the driver module (default: the one beside this program)\n"
-           "  --settings FILE          INI file of driver settings such as Render\\ZB\\Refine\n"
+           "  --settings FILE          INI file of driver settings such as Render\\ZB\\Refine; it\n"
+           "                           must exist (an empty file starts a new one)\n"
+           "  --options[=apply|cancel] the driver's options page instead of a picture: its\n"
+           "                           controls are printed, then it is applied (or cancelled)\n"
+           "                           and the settings saved to --settings FILE; on Windows a\n"
+           "                           plain --options without --set shows the page\n"
+           "  --set KEY=VALUE          with --options, put VALUE in the control of setting KEY:\n"
+           "                           Render\\ZB\\Use2Thread, Refine or HQ take 0 or 1,\n"
+           "                           Render\\ZB\\HQtri a triangle count; repeatable\n"
+           "  -q, --quiet              no warnings and no progress line, only errors\n"
+           "  -v, --verbose            load and frame times and triangle counts\n"
+           "  --version                show the version\n"
            "  -h, --help               show this text\n"
            "\n"
            "Colours are #rrggbb or one of: black white grey red green blue yellow navy sky\n"
@@ -149,6 +169,7 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
         std::string v;
 
         if (arg == "-h" || arg == "--help") return ParseOutcome::Help;
+        if (arg == "--version" && !hasValue) return ParseOutcome::Version;
         if (arg == "-o" || arg == "--output") {
             if (!need(v)) return ParseOutcome::Error;
             if (v.empty()) return bad(v);
@@ -156,6 +177,7 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
         } else if (arg == "--scene") {
             if (!need(v)) return ParseOutcome::Error;
             o.scene = v;
+            o.sceneGiven = true;
         } else if (arg == "--size") {
             if (!need(v)) return ParseOutcome::Error;
             if (!ParseSize(v, o.width, o.height)) {
@@ -172,6 +194,11 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
                 if (!ParseNumber(parts[k], n[k])) return bad(v);
             if ((parts.size() > 2 && n[2] <= 0) || (parts.size() > 3 && (n[3] <= 0 || n[3] >= 180)))
                 return bad(v);
+            // Beyond straight up or down the camera would turn over.
+            if (std::fabs(n[1]) > 90) {
+                error = "invalid " + arg + " pitch '" + parts[1] + "': use -90 to 90 degrees";
+                return ParseOutcome::Error;
+            }
             o.yaw = n[0];
             o.pitch = n[1];
             if (parts.size() > 2) o.distance = n[2];
@@ -195,6 +222,23 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
             if (parts.size() == 2 && !ParseColour(parts[1], c[1])) return bad(v);
             o.background[0] = c[0];
             o.background[1] = c[1];
+        } else if (arg == "--background-image") {
+            if (!need(v)) return ParseOutcome::Error;
+            if (v.empty()) return bad(v);
+            o.backgroundImage = v;
+        } else if (arg == "--background-mode") {
+            if (!need(v)) return ParseOutcome::Error;
+            if (v == "stretch")
+                o.backgroundMode = 0;
+            else if (v == "tile")
+                o.backgroundMode = 1;
+            else if (v == "centre" || v == "center")
+                o.backgroundMode = 2;
+            else
+                return bad(v);
+        } else if (arg == "--label") {
+            if (!need(v)) return ParseOutcome::Error;
+            o.label = v;
         } else if (arg == "--supersample" && !hasValue) {
             o.supersample = true;
         } else if (arg == "--fade") {
@@ -206,6 +250,10 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
             }
         } else if (arg == "--edges" && !hasValue) {
             o.edges = true;
+        } else if (arg == "--two-sided" && !hasValue) {
+            o.twoSided = true;
+        } else if (arg == "--list-formats" && !hasValue) {
+            o.listFormats = true;
         } else if (arg == "--refine") {
             if (!need(v)) return ParseOutcome::Error;
             if (v != "on" && v != "off") return bad(v);
@@ -223,7 +271,26 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
             if (!need(v)) return ParseOutcome::Error;
             if (v.empty()) return bad(v);
             o.settings = v;
-        } else if (arg == "--supersample" || arg == "--edges") {
+        } else if (arg == "--options") {
+            if (hasValue && value != "apply" && value != "cancel") return bad(value);
+            o.optionsPage = !hasValue          ? CliOptions::OptionsPage::Show
+                            : value == "apply" ? CliOptions::OptionsPage::Apply
+                                               : CliOptions::OptionsPage::Cancel;
+        } else if (arg == "--set") {
+            if (!need(v)) return ParseOutcome::Error;
+            const auto eq = v.find('=');
+            if (eq == std::string::npos || eq == 0) {
+                error = "invalid --set '" + v + "': use KEY=VALUE";
+                return ParseOutcome::Error;
+            }
+            o.pageSettings.emplace_back(v.substr(0, eq), v.substr(eq + 1));
+        } else if ((arg == "-q" || arg == "--quiet") && !hasValue) {
+            o.quiet = true;
+        } else if ((arg == "-v" || arg == "--verbose") && !hasValue) {
+            o.verbose = true;
+        } else if (arg == "--supersample" || arg == "--edges" || arg == "--two-sided" ||
+                   arg == "--list-formats" || arg == "--quiet" || arg == "--verbose" ||
+                   arg == "--version") {
             error = arg + " takes no value";
             return ParseOutcome::Error;
         } else if (!arg.empty() && arg[0] == '-' && arg != "-") {
@@ -235,6 +302,18 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
             error = "more than one model given: '" + o.model + "' and '" + arg + "'";
             return ParseOutcome::Error;
         }
+    }
+    if (o.sceneGiven && !o.model.empty()) {
+        error = "--scene " + o.scene + " and the model " + o.model + " both given: choose one";
+        return ParseOutcome::Error;
+    }
+    if (!o.pageSettings.empty() && o.optionsPage == CliOptions::OptionsPage::None) {
+        error = "--set changes the options page: give --options too";
+        return ParseOutcome::Error;
+    }
+    if (o.quiet && o.verbose) {
+        error = "--quiet and --verbose both given: choose one";
+        return ParseOutcome::Error;
     }
     return ParseOutcome::Run;
 }

@@ -1,23 +1,61 @@
 // PNG reading and writing over the platform's PNG codec.
 #include "host/formats/png_file.h"
 
-#include <cstdio>
+#include <cctype>
 #include <filesystem>
-#include <random>
 
+#include "core/platform/output_file.h"
 #include "core/platform/png_codec.h"
 
 namespace {
 
-// Same folder as the target, so the final rename does not cross file systems.
-std::string TemporaryName(const std::string& path) {
-    std::random_device seed;
-    char suffix[32];
-    std::snprintf(suffix, sizeof suffix, ".tmp%08x", static_cast<unsigned>(seed()));
-    return path + suffix;
+bool HasPngExtension(const std::string& path) {
+    const auto name = std::filesystem::path(path).filename().string();
+    if (name.size() < 4) return false;
+    std::string extension = name.substr(name.size() - 4);
+    for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return extension == ".png";
 }
 
 } // namespace
+
+bool CheckPngOutput(const std::string& path, std::string& error) {
+    if (path == kStandardOutputName) return true;
+    const auto cannot = [&](const std::string& why) {
+        error = "cannot write " + path + ": " + why;
+        return false;
+    };
+    switch (q5plat::QueryOutputKind(path.c_str())) {
+    case q5plat::OutputKind::Folder:
+        return cannot("it names a folder");
+    case q5plat::OutputKind::Device:
+    case q5plat::OutputKind::Link:
+        // Not ours to name: written as it is.
+        return q5plat::CheckCanWriteInPlace(path.c_str(), error) || cannot(error);
+    case q5plat::OutputKind::Missing:
+    case q5plat::OutputKind::File:
+        break;
+    }
+    const std::filesystem::path name(path);
+    if (!name.has_filename()) return cannot("it names a folder");
+    if (!HasPngExtension(path))
+        return cannot("pictures are PNG files, so the name must end in .png");
+    const std::string folder = name.has_parent_path() ? name.parent_path().string() : ".";
+    switch (q5plat::QueryOutputKind(folder.c_str(), true)) {
+    case q5plat::OutputKind::Folder:
+        break;
+    case q5plat::OutputKind::Missing:
+        return cannot("folder " + folder + " does not exist");
+    default:
+        return cannot(folder + " is a file, not a folder");
+    }
+    return q5plat::CheckCanReplace(path.c_str(), error) || cannot(error);
+}
+
+bool IsPngStream(const std::string& path) {
+    if (path == kStandardOutputName) return true;
+    return q5plat::QueryOutputKind(path.c_str(), true) == q5plat::OutputKind::Device;
+}
 
 bool ReadPng(const std::string& path, Image& image, std::string& error) {
     q5plat::PngPixels png;
@@ -57,22 +95,33 @@ bool WritePng(const std::string& path, const Image& image, std::string& error) {
         bgra[4 * i + 3] = image.channels == 4 ? in[3] : 255;
     }
 
-    const std::string temporary = TemporaryName(path);
-    std::error_code ec;
-    if (!q5plat::EncodePngFile(temporary.c_str(), bgra.data(), image.width, image.height,
-                               4 * static_cast<std::size_t>(image.width), image.channels == 4,
-                               error)) {
+    std::vector<std::uint8_t> png;
+    if (!q5plat::EncodePng(bgra.data(), image.width, image.height,
+                           4 * static_cast<std::size_t>(image.width), image.channels == 4, png,
+                           error)) {
         error = "cannot write " + path + ": " + error;
-        std::filesystem::remove(temporary, ec);
         return false;
     }
-    std::filesystem::rename(temporary, path, ec);
-    if (ec) {
-        error = "cannot write " + path + ": " + ec.message();
-        std::filesystem::remove(temporary, ec);
-        return false;
+    bool written = false;
+    if (path == kStandardOutputName) {
+        written = q5plat::WriteStandardOutput(png.data(), png.size(), error);
+    } else {
+        switch (q5plat::QueryOutputKind(path.c_str())) {
+        case q5plat::OutputKind::Missing:
+        case q5plat::OutputKind::File:
+            written = q5plat::ReplaceFileAtomically(path.c_str(), png.data(), png.size(), error);
+            break;
+        case q5plat::OutputKind::Folder:
+            error = "it names a folder";
+            break;
+        case q5plat::OutputKind::Link:
+        case q5plat::OutputKind::Device:
+            written = q5plat::WriteInPlace(path.c_str(), png.data(), png.size(), error);
+            break;
+        }
     }
-    return true;
+    if (!written) error = "cannot write " + path + ": " + error;
+    return written;
 }
 
 Image ImageFromFrame(const std::uint8_t* bits, std::int32_t width, std::int32_t height,

@@ -5,6 +5,7 @@
 
 #include "host/view/camera.h"
 #include "host/view/view_volume.h"
+#include "interface/view.h"
 
 namespace {
 
@@ -135,4 +136,39 @@ void FrameMesh::BuildOutline(const SceneObject& object, q5_MATERIAL* outline, st
     primary_.clear();
     secondary_.clear();
     Link(outline);
+}
+
+void FrameMesh::BuildLines(const SceneObject& object, q5_MATERIAL* lines, std::uint32_t colour,
+                           const Camera& camera, const ViewVolume& volume) {
+    Place(object, camera, volume, nullptr, nullptr);
+    const auto& segments = object.geometry.segments;
+    faces_.resize(segments.size());
+    corners_.resize(segments.size());
+    for (std::size_t f = 0; f < segments.size(); ++f) {
+        const std::uint32_t a = segments[f][0], b = segments[f][1];
+        // Only the edge from corner 0 to corner 1 is drawn.
+        faces_[f] = {0, 1, {a, b, b}};
+        corners_[f] = {a, b, b};
+    }
+    faceColours_.assign(faces_.size(), Colour6(static_cast<std::uint8_t>(colour),
+                                               static_cast<std::uint8_t>(colour >> 8),
+                                               static_cast<std::uint8_t>(colour >> 16)));
+    primary_.clear();
+    secondary_.clear();
+    Link(lines);
+}
+
+void FrameMesh::ProjectPoints(const SceneObject& object, q5_VIEW& view, std::uint32_t colour,
+                              std::vector<ScreenVertex>& out) const {
+    out.clear();
+    for (std::uint32_t p : object.geometry.points) {
+        if (p >= vertices_.size() || (vertices_[p].clipCode & kClipAllPlanes) != 0) continue;
+        const float position[3] = {vertices_[p].x, vertices_[p].y, vertices_[p].z};
+        ScreenVertex v{};
+        view.ProjectPoint(position, v);
+        v.red = static_cast<std::uint8_t>(colour);
+        v.green = static_cast<std::uint8_t>(colour >> 8);
+        v.blue = static_cast<std::uint8_t>(colour >> 16);
+        out.push_back(v);
+    }
 }

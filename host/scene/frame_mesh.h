@@ -8,6 +8,9 @@
 
 #include "host/scene/scene.h"
 #include "interface/mesh.h"
+#include "interface/screen_vertex.h"
+
+class q5_VIEW;
 
 class Camera;
 struct ViewVolume;
@@ -21,6 +24,15 @@ public:
     // (a material with the edge-drawing bit).
     void BuildOutline(const SceneObject& object, q5_MATERIAL* outline, std::uint32_t colour,
                       const Camera& camera, const ViewVolume& volume);
+
+    // The object's lines as edges of degenerate faces, drawn by `lines` (a material with the
+    // edge-drawing bit) in one colour.
+    void BuildLines(const SceneObject& object, q5_MATERIAL* lines, std::uint32_t colour,
+                    const Camera& camera, const ViewVolume& volume);
+    // The object's points that lie inside the view volume, projected by `view`, in one colour;
+    // after Build or BuildLines of the same object.
+    void ProjectPoints(const SceneObject& object, q5_VIEW& view, std::uint32_t colour,
+                       std::vector<ScreenVertex>& out) const;
 
     q5_MESH& Mesh() { return mesh_; }
     // View-space depth of the object's centre, for drawing blended objects back to front.

@@ -13,8 +13,11 @@
 #include <string>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "core/platform/module.h"
+#include "core/platform/system_info.h"
+#include "host/app/ini_settings.h"
 #include "host/formats/png_file.h"
 #include "support/cross_build.h"
 
@@ -57,7 +60,8 @@ std::string RenderProgram() {
 
 // Runs the program with its output in files of the running test case. A crash shows as an
 // exception code such as 0xC0000005 on Windows and as an exit code above 128 elsewhere.
-Outcome Render(const std::string& args) {
+// On POSIX `shellPrefix` runs in the same shell first, such as a "ulimit".
+Outcome Render(const std::string& args, const std::string& shellPrefix = "") {
     fs::create_directories(kOut);
     const fs::path out = OwnFile("stdout"), err = OwnFile("stderr");
     const std::string redirect = " > " + out.string() + " 2> " + err.string();
@@ -65,11 +69,12 @@ Outcome Render(const std::string& args) {
 #if defined(_WIN32)
     // The command interpreter drops the outermost quotes of the line, hence the extra pair;
     // its exit code is the program's.
+    (void)shellPrefix;
     r.exit = std::system(("\"\"" + RenderProgram() + "\" " + args + redirect + "\"").c_str());
 #else
     const fs::path code = OwnFile("exit");
     const std::string command =
-        "\"" TESSERA_RENDER "\" " + args + redirect + "; echo $? > " + code.string();
+        shellPrefix + "\"" TESSERA_RENDER "\" " + args + redirect + "; echo $? > " + code.string();
     if (std::system(command.c_str()) != 0) return r;
     r.exit = std::atoi(Slurp(code).c_str());
 #endif
@@ -146,9 +151,16 @@ TEST(RenderGolden, EachPictureMatchesItsGoldenImage) {
         {"clip_fade", "--scene clip --size 128x96 --fade"},
         {"glass_supersample",
          "--scene glass --size 96x96 --supersample --background \"#f0f0f0,#404060\""},
-#if defined(TESSERA_HAVE_ASSIMP)
-        {"pyramid", std::string(TESSERA_TEST_DATA) + "/pyramid.obj --size 96x96 --orbit 30,25"},
-#endif
+        {"model_pyramid", std::string(TESSERA_TEST_DATA) + "/pyramid.obj --size 96x96 --orbit 30,25"},
+        {"model_obj", std::string(TESSERA_TEST_DATA) + "/textured.obj --size 96x96 --orbit 35,30"},
+        {"model_gltf", std::string(TESSERA_TEST_DATA) + "/embedded.gltf --size 96x96"},
+        {"model_glb", std::string(TESSERA_TEST_DATA) + "/embedded.glb --size 96x96 --orbit -40,15"},
+        {"background_centre", "--scene cube --size 128x96 --distance 14 --background-mode centre "
+                              "--background-image " + std::string(TESSERA_TEST_DATA) + "/backdrop.png"},
+        {"background_tile", "--scene cube --size 128x96 --distance 14 --background-mode tile --background-image " +
+                                std::string(TESSERA_TEST_DATA) + "/backdrop.png"},
+        {"model_inside_two_sided",
+         std::string(TESSERA_TEST_DATA) + "/pyramid.obj --size 64x64 --camera 0,0,0.05 --two-sided"},
     };
     for (const auto& [name, args] : cases) ExpectMatchesGolden(name, args);
 }
@@ -181,7 +193,8 @@ TEST(RenderGolden, RandomCamerasGiveTheLinuxPixelsExactly) {
     EXPECT_EQ(text.str(), Slurp(manifest)) << "pictures of camera_N in " << kOut;
 }
 
-TEST(RenderSequence, FramesAreNumberedWithAProgressLine) {
+// Standard error is a file here, so no progress line is written into it.
+TEST(RenderSequence, FramesAreNumberedWithoutAProgressLineInAFile) {
     for (int i = 0; i < 3; ++i) fs::remove(kOut / ("turn_00" + std::to_string(i) + ".png"));
     const Outcome r =
         Render("--scene cube --size 32x32 --frames 3 -o " + (kOut / "turn.png").string());
@@ -189,7 +202,154 @@ TEST(RenderSequence, FramesAreNumberedWithAProgressLine) {
     for (int i = 0; i < 3; ++i)
         EXPECT_TRUE(fs::exists(kOut / ("turn_00" + std::to_string(i) + ".png")));
     EXPECT_FALSE(fs::exists(kOut / "turn.png"));
-    EXPECT_NE(r.err.find("frame 3/3"), std::string::npos);
+    EXPECT_EQ(r.err, "");
+}
+
+// What each PNG file in `bytes` starts with; several follow one another in a stream.
+int PngCount(const std::string& bytes) {
+    const std::string signature = "\x89PNG\r\n\x1a\n";
+    int count = 0;
+    for (auto at = bytes.find(signature); at != std::string::npos;
+         at = bytes.find(signature, at + 1))
+        ++count;
+    return count;
+}
+
+// Targets that are not a regular file are written as they are: standard output (one picture
+// or a stream of them; a file here, redirected by the shell), and a link, which stays a link
+// to the picture.
+TEST(RenderOutput, StandardOutputIsWrittenThrough) {
+    const struct {
+        const char* args;
+        int pictures;
+    } toStandardOutput[] = {{"-o -", 1}, {"--frames 3 -o -", 3}};
+    for (const auto& c : toStandardOutput) {
+        const Outcome r = Render(std::string("--scene cube --size 24x24 ") + c.args);
+        ASSERT_EQ(r.exit, 0) << c.args << ": " << r.err;
+        EXPECT_EQ(PngCount(Slurp(OwnFile("stdout"))), c.pictures) << c.args;
+        EXPECT_FALSE(fs::exists("-"));
+    }
+    Image image;
+    std::string error;
+    ASSERT_TRUE(ReadPng(OwnFile("stdout").string(), image, error)) << error;
+    EXPECT_EQ(image.width, 24);
+}
+
+TEST(RenderOutput, ALinkIsWrittenThroughAndStaysALink) {
+#if defined(_WIN32)
+    GTEST_SKIP() << "links of the machine beneath look like their targets to programs under Wine";
+#else
+    Image image;
+    std::string error;
+    // Once with the link leading nowhere yet, once over an older picture.
+    const fs::path link = OwnFile("link.png"), target = OwnFile("target.png");
+    fs::remove(link);
+    fs::remove(target);
+    fs::create_symlink(target.filename(), link);
+    for (const char* size : {"16x16", "20x20"}) {
+        const Outcome r =
+            Render(std::string("--scene cube --size ") + size + " -o " + link.string());
+        ASSERT_EQ(r.exit, 0) << r.err;
+        EXPECT_TRUE(fs::is_symlink(link));
+        ASSERT_TRUE(ReadPng(target.string(), image, error)) << error;
+        EXPECT_EQ(std::to_string(image.width) + "x" + std::to_string(image.height), size);
+    }
+#endif
+}
+
+// A render that fails leaves the file it was to replace as it was, and no temporary file
+// beside it: a frame beyond the driver's surfaces on every platform, and on POSIX a frame the
+// memory limit leaves no room for, which fails inside the driver.
+TEST(RenderOutput, AFailedRenderLeavesNoPartialFile) {
+    const fs::path folder = OwnFile("folder");
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    const fs::path picture = folder / "old.png";
+    // (shell prefix, arguments)
+    std::vector<std::pair<std::string, std::string>> cases = {
+        {"", "--size 16384x16384 --supersample"}};
+#if !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    // 800 MB of address space: the frame's 512 MB of surfaces fit, the supersampled 2 GB not.
+    cases.emplace_back("ulimit -v 800000; ", "--size 8192x8192 --supersample");
+#endif
+    for (const auto& [prefix, args] : cases) {
+        std::ofstream(picture) << "an older picture";
+        const Outcome r = Render("--scene cube " + args + " -o " + picture.string(), prefix);
+        EXPECT_EQ(r.exit, 1) << args;
+        EXPECT_EQ(Lines(r.err), 1) << r.err;
+        EXPECT_EQ(Slurp(picture), "an older picture") << args;
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1)
+            << args << ": a file beside the picture";
+    }
+}
+
+#if !defined(_WIN32)
+// On a terminal, which script(1) gives the program: frames show a progress line, and no
+// picture is poured onto the screen.
+TEST(RenderTerminal, ProgressLineAndNoPictureOnTheScreen) {
+    if (std::system("command -v script > /dev/null") != 0)
+        GTEST_SKIP() << "no script(1) to give the program a terminal";
+    const std::pair<std::string, const char*> cases[] = {
+        {"--frames 2 -o " + (kOut / "tty.png").string(), "frame 2/2"},
+        {"-o -", "standard output is a terminal"},
+    };
+    for (const auto& [args, says] : cases) {
+        const fs::path log = OwnFile("terminal");
+        const std::string command = "script -qec '\"" TESSERA_RENDER
+                                    "\" --scene cube --size 16x16 " +
+                                    args + "' /dev/null > " + log.string();
+        std::system(command.c_str());
+        EXPECT_NE(Slurp(log).find(says), std::string::npos) << args << ": " << Slurp(log);
+        EXPECT_EQ(Slurp(log).find("PNG"), std::string::npos) << args;
+    }
+}
+#endif
+
+// A folder without write permission fails before anything is loaded: the model is missing
+// too, and it is the output that the one line names. Permissions do not bite for root, as in
+// CI; the unwritable /proc of the bad-input table covers that case.
+TEST(RenderOutput, AReadOnlyFolderFailsBeforeAnythingIsLoaded) {
+    const fs::path folder = OwnFile("read_only");
+    fs::create_directories(folder);
+    fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec,
+                    fs::perm_options::replace);
+    const bool bites = !std::ofstream(folder / "probe").is_open();
+    fs::remove(folder / "probe");
+    Outcome r;
+    if (bites) r = Render("no_such_model.obj -o " + (folder / "x.png").string());
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::replace);
+    if (!bites) GTEST_SKIP() << "this user may write into a read-only folder";
+    EXPECT_EQ(r.exit, 1);
+    EXPECT_EQ(Lines(r.err), 1) << r.err;
+    EXPECT_NE(r.err.find("cannot write " + (folder / "x.png").string()), std::string::npos)
+        << r.err;
+}
+
+// --version alone on standard output; --verbose adds the load, the module and each frame;
+// --quiet leaves standard error empty.
+TEST(RenderInformation, VersionVerboseAndQuiet) {
+    const std::string picture = (kOut / "information.png").string();
+    const struct {
+        std::string args;
+        std::string out;              // all of standard output
+        std::vector<const char*> err; // what standard error holds, one line each
+    } cases[] = {
+        {"--version", "tessera-render " TESSERA_VERSION "\n", {}},
+        {"--scene cube --size 16x16 --verbose -o " + picture,
+         "",
+         {"loaded scene cube", "12 triangles", "tessera_zb", "frame 1/1 16x16: rendered in"}},
+        {"--scene cube --size 16x16 --quiet --frames 2 -o " + picture, "", {}},
+    };
+    for (const auto& c : cases) {
+        const Outcome r = Render(c.args);
+        EXPECT_EQ(r.exit, 0) << c.args << ": " << r.err;
+        std::string out = Slurp(OwnFile("stdout"));
+        // Text on Windows ends its lines in "\r\n".
+        out.erase(std::remove(out.begin(), out.end(), '\r'), out.end());
+        EXPECT_EQ(out, c.out) << c.args;
+        EXPECT_EQ(Lines(r.err), c.err.empty() ? 0 : 3) << c.args << ": " << r.err;
+        for (const char* says : c.err) EXPECT_NE(r.err.find(says), std::string::npos) << r.err;
+    }
 }
 
 // Each bad input: a non-zero exit (not a crash), one line on standard error, no picture.
@@ -222,12 +382,101 @@ INSTANTIATE_TEST_SUITE_P(
                     BadInput{"UnknownOption", "--bogus", 2, "unknown option --bogus"},
                     BadInput{"UnknownScene", "--scene nowhere", 2, "unknown scene"},
                     BadInput{"MissingModel", "no_such_model.obj", 1, "no_such_model.obj"},
+                    // A closed model seen from inside shows only back faces.
+                    BadInput{"EverythingCulled", TESSERA_TEST_DATA "/pyramid.obj --camera 0,0,0.05",
+                             1, "nothing reaches the picture"},
+                    BadInput{"NotFinite", TESSERA_TEST_DATA "/not_finite.obj", 1, "not finite"},
+                    BadInput{"NotAModel", TESSERA_TEST_DATA "/textured.mtl", 1,
+                             "not a model format"},
                     BadInput{"MissingDriver", "--driver ./no_such_driver.so", 1, "no_such_driver"},
                     BadInput{"MissingFolder", "-o render_cli_out/missing/x.png", 1,
                              "does not exist"},
                     BadInput{"OutputIsAFolder", "-o render_cli_out", 1, "folder"},
                     // A folder in which nothing can be created, not even by root; under Wine it
-                    // is the same folder of the machine beneath.
-                    BadInput{"UnwritableFolder", "--scene cube -o /proc/tessera_test.png", 1,
-                             "cannot write /proc/tessera_test.png"}),
+                    // is the same folder of the machine beneath. The model is missing too: the
+                    // output is checked first, before anything is loaded or rendered.
+                    BadInput{"UnwritableFolder", "no_such_model.obj -o /proc/tessera_test.png", 1,
+                             "cannot write /proc/tessera_test.png"},
+                    BadInput{"UnderAFile", "-o " TESSERA_TEST_DATA "/pyramid.obj/x.png", 1,
+                             "is a file, not a folder"},
+                    BadInput{"NotPng", "-o render_cli_out/picture.JPG", 1, "must end in .png"},
+                    BadInput{"NoExtension", "-o render_cli_out/picture", 1, "must end in .png"},
+                    BadInput{"MissingSettings", "--settings render_cli_out/no_such.ini", 2,
+                             "does not exist"},
+                    BadInput{"SceneAndModel", "--scene cube model.obj", 2, "choose one"},
+                    BadInput{"QuietAndVerbose", "--quiet --verbose", 2, "choose one"},
+                    BadInput{"PitchBeyond90", "--orbit 0,90.5", 2, "-90 to 90"},
+                    BadInput{"PitchBelow90", "--camera 10,-91,5", 2, "-90 to 90"}),
     [](const testing::TestParamInfo<BadInput>& info) { return std::string(info.param.name); });
+
+// The options page scripted from the command line, on a machine of one processor.
+TEST(RenderOptions, SetEditsThePageWhichIsPrintedAppliedAndSaved) {
+    fs::create_directories(kOut);
+    const fs::path ini = OwnFile("settings.ini");
+    std::ofstream(ini) << "[Render\\ZB]\nRefine=0\n";
+    const std::string file = " --settings " + ini.string();
+    // Text on Windows ends its lines in "\r\n".
+    const auto text = [](std::string s) {
+        s.erase(std::remove(s.begin(), s.end(), '\r'), s.end());
+        return s;
+    };
+    q5plat::OverrideProcessorCount(1);
+    Outcome r = Render("--options=apply --set \"Render\\ZB\\HQ=1\" --set \"render\\zb\\hqtri=7000\" "
+                       "--set \"Render\\ZB\\Use2Thread=1\"" + file);
+    q5plat::OverrideProcessorCount(0);
+    ASSERT_EQ(r.exit, 0) << r.err;
+    EXPECT_EQ(text(r.err), "tessera-render: warning: --set Render\\ZB\\Use2Thread: the control "
+                           "is disabled; left as it is\n");
+    EXPECT_EQ(text(Slurp(OwnFile("stdout"))),
+              "2114 check \"Use second processor\" unchecked disabled\n"
+              "2115 check \"Refine static geometry\" unchecked enabled\n"
+              "2116 check \"High quality render if triangles number less than:\" checked enabled\n"
+              "212 edit \"7000\" enabled\n"
+              "214 spin \"\" enabled 1144 (100, 100) 1145 (0, 1e+30)\n"
+              "options applied\n");
+    IniSettings saved;
+    ASSERT_TRUE(saved.Load(ini.string()));
+    EXPECT_EQ(saved.Text(), "[Render\\ZB]\nRefine=0\nHQ=1\nHQtri=7000\n")
+        << "Use2Thread left alone on one processor";
+
+    // Cancelled: printed, nothing saved; a value a check box does not take stops before the page.
+    r = Render("--options=cancel --set \"Render\\ZB\\HQ=0\"" + file);
+    EXPECT_EQ(r.exit, 0) << r.err;
+    const std::string out = text(Slurp(OwnFile("stdout")));
+    EXPECT_NE(out.find("2116 check \"High quality render if triangles number less than:\" unchecked"),
+              std::string::npos) << out;
+    EXPECT_EQ(out.substr(out.size() - 18), "options cancelled\n");
+    r = Render("--options --set \"Render\\ZB\\HQ=2\"" + file);
+    EXPECT_EQ(r.exit, 2);
+    EXPECT_NE(r.err.find("a check box takes 0 or 1"), std::string::npos) << r.err;
+    r = Render("--options --set \"Render\\ZB\\Speed=2\"" + file);
+    EXPECT_EQ(r.exit, 2);
+    EXPECT_NE(r.err.find("not a setting of the driver's options page"), std::string::npos) << r.err;
+    ASSERT_TRUE(saved.Load(ini.string()));
+    EXPECT_EQ(saved.GetInt("Render\\ZB\\HQ", -1), 1);
+}
+
+// A label changes only pixels inside its box at the top-left corner, and some of them are the
+// label's colour (white); the system's text may smooth the rest.
+TEST(RenderLabel, ALabelIsWrittenAtTheTopLeftOnly) {
+    const fs::path plain = OwnFile("plain.png"), labelled = OwnFile("labelled.png");
+    ASSERT_EQ(Render("--scene cube --size 160x90 -o " + plain.string()).exit, 0);
+    const Outcome r = Render("--scene cube --size 160x90 --label \"Tessera 42\" -o " +
+                             labelled.string());
+    ASSERT_EQ(r.exit, 0) << r.err;
+    Image a, b;
+    std::string error;
+    ASSERT_TRUE(ReadPng(plain.string(), a, error)) << error;
+    ASSERT_TRUE(ReadPng(labelled.string(), b, error)) << error;
+    int changed = 0, white = 0;
+    for (int y = 0; y < a.height; ++y)
+        for (int x = 0; x < a.width; ++x) {
+            const std::uint8_t *p = a.Pixel(x, y), *q = b.Pixel(x, y);
+            if (std::equal(p, p + 3, q)) continue;
+            ++changed;
+            white += q[0] == 255 && q[1] == 255 && q[2] == 255;
+            EXPECT_TRUE(x >= 8 && x < 100 && y >= 8 && y < 8 + 15) << x << "," << y;
+        }
+    EXPECT_GT(white, 30);
+    EXPECT_GE(changed, white);
+}

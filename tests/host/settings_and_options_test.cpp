@@ -1,6 +1,10 @@
 // The host's settings store and the command line of tessera-render.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "host/app/ini_settings.h"
 #include "host/cli/options.h"
 
@@ -48,4 +52,27 @@ TEST(CommandLine, OptionsTakeValuesSeparatelyOrAfterAnEqualsSign) {
     EXPECT_TRUE(o.fade);
     EXPECT_EQ(o.fadeColour.value_or(0), 0x0000FFu);
     EXPECT_EQ(o.refine, false);
+}
+
+TEST(CommandLine, SetNeedsTheOptionsPageAndTakesKeyEqualsValue) {
+    const std::vector<std::pair<std::vector<const char*>, ParseOutcome>> cases = {
+        {{"--options=cancel", "--set", "Render\\ZB\\HQ=1", "--set=Render\\ZB\\HQtri=a=b"},
+         ParseOutcome::Run},
+        {{"--set", "Render\\ZB\\HQ=1"}, ParseOutcome::Error},
+        {{"--options", "--set", "=1"}, ParseOutcome::Error},
+        {{"--options", "--set", "Render\\ZB\\HQ"}, ParseOutcome::Error},
+        {{"--options=later"}, ParseOutcome::Error},
+    };
+    for (const auto& [args, outcome] : cases) {
+        std::vector<const char*> argv = {"tessera-render"};
+        argv.insert(argv.end(), args.begin(), args.end());
+        CliOptions o;
+        std::string error;
+        EXPECT_EQ(ParseCommandLine(static_cast<int>(argv.size()), argv.data(), o, error), outcome)
+            << args[0] << " " << error;
+        if (outcome != ParseOutcome::Run) continue;
+        EXPECT_EQ(o.optionsPage, CliOptions::OptionsPage::Cancel);
+        EXPECT_EQ(o.pageSettings, (std::vector<std::pair<std::string, std::string>>{
+                                      {"Render\\ZB\\HQ", "1"}, {"Render\\ZB\\HQtri", "a=b"}}));
+    }
 }

@@ -37,14 +37,16 @@ public:
     Frames RenderAll() {
         Frames frames;
         for (const Take& t : takes_) {
-            const FrameRequest request{.width = width_,
-                                       .height = height_,
-                                       .background = {scene_.background[0], scene_.background[1]},
-                                       .supersample = t.supersample,
-                                       .fade = t.fade,
-                                       .fadeColour = scene_.background[0],
-                                       .edges = t.edges,
-                                       .refine = true};
+            FrameRequest request;
+            request.width = width_;
+            request.height = height_;
+            request.background[0] = scene_.background[0];
+            request.background[1] = scene_.background[1];
+            request.supersample = t.supersample;
+            request.fade = t.fade;
+            request.fadeColour = scene_.background[0];
+            request.edges = t.edges;
+            request.refine = true;
             const Shot shot{
                 .yaw = t.yaw, .pitch = scene_.pitch, .fit = scene_.fit, .fovY = scene_.fovY};
             const Framing f =

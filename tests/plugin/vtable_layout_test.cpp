@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "interface/property_sheet.h"
 #include "zbuffer/izb.h"
 
 namespace {
@@ -37,6 +38,15 @@ TEST(IzbTable, OperationsStandInTheirSlots) {
         &IZB::DrawBoldLine, &IZB::DrawScreenTriangle, &IZB::DrawScreenLines, &IZB::DrawFaceGroup,
         &IZB::DrawScreenPoints, &IZB::TextureHook, &IZB::TextureUpdate, &IZB::Notify,
         &IZB::SetCopyTarget, &IZB::DrawScreenQuad, &IZB::Unnamed56);
+}
+
+// The driver calls Release, AddPage and Run of the host's sheet by slot: 3rd, 9th and 10th.
+TEST(PropertySheetTable, OperationsStandInTheirSlots) {
+    ExpectSlotsInOrder(&q5_PROPERTYSHEET::DeleteThis, &q5_PROPERTYSHEET::AddRef,
+                       &q5_PROPERTYSHEET::Release, &q5_PROPERTYSHEET::HostOperation4,
+                       &q5_PROPERTYSHEET::HostOperation5, &q5_PROPERTYSHEET::HostOperation6,
+                       &q5_PROPERTYSHEET::HostOperation7, &q5_PROPERTYSHEET::HostOperation8,
+                       &q5_PROPERTYSHEET::AddPage, &q5_PROPERTYSHEET::Run);
 }
 
 } // namespace

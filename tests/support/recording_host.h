@@ -41,6 +41,7 @@ public:
     std::uint64_t stringTableHandle = 1;
     DRIVER3D* driverToCreate = nullptr;
     std::function<DRIVER3D*(const std::string&)> createDriver;
+    std::function<q5_PROPERTYSHEET*(q5_HWND parent)> createSheet; // unset: no sheets
     std::map<std::u16string, std::pair<std::u16string, q5_FILETIME>> resolvedNames;
     std::map<std::int32_t, std::u16string> folders;
     std::map<q5_HINSTANCE, q5_PLUGINRECORD*> pluginRecords;
@@ -60,6 +61,8 @@ public:
     std::vector<TitledReport> titledReports;
     std::vector<Q5RESULT> errorCodes;
     std::vector<std::int32_t> setIconIndices;
+    std::vector<std::tuple<std::string, std::int32_t, void*>> helpRequests;
+    std::vector<std::pair<std::uint64_t, q5_HWND>> localizedDialogs;
 
     RecordingHost() = default;
     RecordingHost(const RecordingHost&) = delete;
@@ -101,10 +104,15 @@ public:
     void SetSettingInt(std::int32_t scope, const char* key, std::int32_t value) override {
         settings[{scope, key}] = value;
     }
-    // The options page is not driven through this host.
-    void ShowHelp(const char*, std::int32_t, void*) override {}
-    void LocalizeDialog(std::uint64_t, q5_HWND, std::intptr_t) override {}
-    q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND, std::int32_t) override { return nullptr; }
+    void ShowHelp(const char* topic, std::int32_t zero, void* argument) override {
+        helpRequests.emplace_back(Text(topic), zero, argument);
+    }
+    void LocalizeDialog(std::uint64_t table, q5_HWND dialog, std::intptr_t) override {
+        localizedDialogs.emplace_back(table, dialog);
+    }
+    q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND parent, std::int32_t) override {
+        return createSheet ? createSheet(parent) : nullptr;
+    }
 
     bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
                          q5_FILETIME* time) override {

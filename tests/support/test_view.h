@@ -21,13 +21,14 @@ public:
     double supersample = 1.0;
     float clipLeft = 0.0f; // the clipper keeps the part with view-space x >= clipLeft
     std::vector<std::pair<std::int32_t, std::int32_t>> detached;
+    int settingsChanges = 0; // calls of OnDriverSettingsChanged
     std::vector<std::string> calls; // with the vertex counts: "clip 3", "project list 3", "point"
     std::vector<std::pair<const q5_MATERIAL*, int>> prepared; // texture coordinates, by slot
 
     q5_RENDERSETTINGS* RenderSettings() override { return hasSettings ? &settings : nullptr; }
     std::int32_t DriverQueryValue() override { return queryValue; }
     void OnDriverDetached(std::int32_t a, std::int32_t b) override { detached.emplace_back(a, b); }
-    void OnDriverSettingsChanged() override {}
+    void OnDriverSettingsChanged() override { ++settingsChanges; }
     std::uint32_t SecondBackgroundColour() override { return secondBackground; }
     std::uint32_t FadeColour() override { return fade; }
     double SupersampleFactor() override { return supersample; }

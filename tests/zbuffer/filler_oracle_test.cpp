@@ -1,5 +1,6 @@
-// Every filler against the naive oracle: thousands of random polygons per mode, drawn both ways
-// over the same random frame content, must leave the same colour and depth bytes.
+// Every filler against the naive oracle: thousands of random polygons per mode and path, drawn
+// by the filler, by the plain filler and by the oracle over the same random frame content, must
+// leave the same colour and depth bytes.
 #include "filler_oracle.h"
 #include "raster_frame.h"
 #include "zbuffer/raster/texture_binding.h"
@@ -16,6 +17,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -170,11 +172,13 @@ std::string FirstDifference(const RasterFrame& fast, const RasterFrame& oracle,
                                : "the filler wrote outside the frame";
 }
 
-class FillerOracle : public ::testing::TestWithParam<int> {};
+class FillerOracle : public ::testing::TestWithParam<std::tuple<int, SimdPath>> {};
 
 TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
-    const auto mode = static_cast<FillMode>(GetParam());
-    Rng rng(9173 + GetParam());
+    const auto [modeIndex, path] = GetParam();
+    if (!SimdPathSupported(path)) GTEST_SKIP() << "the processor lacks this path";
+    const auto mode = static_cast<FillMode>(modeIndex);
+    Rng rng(9173 + modeIndex);
     std::deque<Texture> textures;
     constexpr int kSizes[][3] = {{1, 1, 32},   {8, 8, 32}, {7, 13, 32}, {5, 3, 24},
                                  {64, 16, 24}, {16, 4, 8}, {3, 9, 8}};
@@ -183,14 +187,16 @@ TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
 
     for (int frame = 0; frame < kFrames; ++frame) {
         const int width = Between(rng, 1, 48), height = Between(rng, 1, 36);
-        RasterFrame fast(width, height), oracle(width, height);
+        RasterFrame fast(width, height), plain(width, height), oracle(width, height);
+        fast.rc.simdPath = path;
+        plain.rc.simdPath = SimdPath::Scalar;
         // Depths near one another, so that ties and crossings are common, or spread wide.
         const std::int32_t depthScale = std::array{64, 1 << 20, 1 << 30}[Between(rng, 0, 2)];
         for (int i = 0; i < width * height; ++i) {
             const auto pixel = std::bit_cast<Bgra>(static_cast<std::uint32_t>(rng()));
             const std::int32_t depth =
                 Between(rng, 0, 7) == 0 ? kDepthEmpty : Between(rng, -depthScale, depthScale);
-            for (RasterFrame* f : {&fast, &oracle}) {
+            for (RasterFrame* f : {&fast, &plain, &oracle}) {
                 f->Set(i % width, i / width, pixel);
                 f->rc.depthBase[i] = depth;
             }
@@ -212,8 +218,9 @@ TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
                 RandomPolygon(rng, width, height, depthScale);
 
             const RasterFrame before = oracle; // read only: its context still points at oracle's
-            Polygon forFiller(vertices), forOracle(vertices);
+            Polygon forFiller(vertices), forPlain(vertices), forOracle(vertices);
             s.ApplyTo(fast.rc, forFiller);
+            s.ApplyTo(plain.rc, forPlain);
             s.ApplyTo(oracle.rc, forOracle);
             const auto where = [&] {
                 return "frame " + std::to_string(frame) + " (" + std::to_string(width) + "x" +
@@ -228,11 +235,22 @@ TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
                       0)
                 << "vertices left differently, " << where();
             ASSERT_EQ(FirstDifference(fast, oracle, before, width, height), "") << where();
+            if (path != SimdPath::Scalar) {
+                FillPolygon(plain.rc, mode);
+                ASSERT_EQ(FirstDifference(fast, plain, before, width, height), "")
+                    << "against the plain filler, " << where();
+            }
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryMode, FillerOracle, ::testing::Range(0, kFillModeCount),
-                         [](const auto& info) { return std::string(kFillModeNames[info.param]); });
+INSTANTIATE_TEST_SUITE_P(
+    EveryModeAndPath, FillerOracle,
+    ::testing::Combine(::testing::Range(0, kFillModeCount),
+                       ::testing::Values(SimdPath::Scalar, SimdPath::Sse2, SimdPath::Avx2)),
+    [](const auto& info) {
+        return std::string(kFillModeNames[std::get<0>(info.param)]) + "_" +
+               kSimdPathNames[static_cast<int>(std::get<1>(info.param))];
+    });
 
 } // namespace

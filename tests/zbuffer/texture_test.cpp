@@ -2,6 +2,7 @@
 // coordinates and blending, sphere-map coordinates.
 #include "raster_frame.h"
 #include "zbuffer/raster/polygon_dispatch.h"
+#include "zbuffer/raster/texel_fetch.h"
 #include "zbuffer/raster/texture_binding.h"
 #include "zbuffer/shading.h"
 
@@ -37,6 +38,17 @@ TEST(TexelFetch, EachBitDepthGivesItsTexel) {
     EXPECT_EQ(fetch(shallow, 0, 0), 0x00112233u);
     EXPECT_EQ(fetch(raw, 0, 0), 0x00112233u);
     EXPECT_EQ(fetch(indexed, 2.5, 1.5), 0x5A03FA32u);
+}
+
+// The reciprocal wrap against the remainder, for every 20-bit index at sizes around powers of two,
+// primes, and sizes too large for a float to hold.
+TEST(TexelFetch, WrapWithoutDividingMatchesTheRemainder) {
+    for (const std::int32_t size : {1, 2, 3, 5, 7, 255, 256, 257, 1000, 4095, 65521, 65537,
+                                    (1 << 20) - 1, 1 << 20, (1 << 24) + 1, 2147483647}) {
+        const float inverse = 1.0f / static_cast<float>(size);
+        for (std::int32_t n = 0; n < (1 << 20); ++n)
+            ASSERT_EQ(WrapTexelIndex(n, size, inverse), n % size) << n << " mod " << size;
+    }
 }
 
 TEST(TextureBinding, IsKeyedByMaterialAlone) {

@@ -5,15 +5,41 @@
 #include <climits>
 #include <cmath>
 
+void ApplyDoubleResolution(const RasterContext& rc) {
+    if (!rc.doubleResolution) return;
+    for (int i = 0; i < rc.vertexCount; ++i) {
+        rc.vertexList[i]->x *= 2;
+        rc.vertexList[i]->y *= 2;
+    }
+}
+
+PolygonReach ReachOf(const RasterContext& rc, std::int32_t& widestSpan) {
+    widestSpan = INT32_MAX;
+    // The walk hands a triangle's edges out in order, each within its own scanlines; other
+    // outlines can come to it crossed, with edges used past their ends, and are left to the
+    // edge count.
+    if (rc.vertexCount != 3) return PolygonReach::Frame;
+    const ScreenVertex &a = *rc.vertexList[0], &b = *rc.vertexList[1], &c = *rc.vertexList[2];
+    const std::int32_t top = ScanlineOf(std::min({a.y, b.y, c.y}));
+    const std::int32_t bottom = ScanlineOf(std::max({a.y, b.y, c.y}));
+    // A closed outline that leaves its scanline comes back: two edges cross, or none.
+    if (top == bottom) return PolygonReach::NoScanline;
+    if (bottom < 0 || top > rc.clipMaxY) return PolygonReach::NoPixel;
+    // Edge x stays between its ends, so spans stay between the extreme columns: a span from
+    // column L to R writes columns L..R-1. Only where 16.16 edge positions cannot wrap.
+    const std::int32_t minX = std::min({a.x, b.x, c.x}), maxX = std::max({a.x, b.x, c.x});
+    constexpr std::int32_t kNoWrap = 1 << 22;
+    if (minX > -kNoWrap && maxX < kNoWrap) {
+        const std::int32_t left = minX >> kSubpixelBits, right = maxX >> kSubpixelBits;
+        if (left == right || right <= 0 || left > rc.clipMaxX) return PolygonReach::NoPixel;
+        widestSpan = right - left;
+    }
+    return PolygonReach::Frame;
+}
+
 int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
     ScreenVertex** vertices = rc.vertexList;
     const int n = rc.vertexCount;
-    if (rc.doubleResolution) {
-        for (int i = 0; i < n; ++i) {
-            vertices[i]->x *= 2;
-            vertices[i]->y *= 2;
-        }
-    }
     int count = 0;
     for (int i = 0; i < n; ++i) {
         const ScreenVertex* a = vertices[i];

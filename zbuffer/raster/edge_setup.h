@@ -80,9 +80,22 @@ inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::i
     remainder = static_cast<std::int32_t>(rest);
 }
 
-// Doubles the vertices at double resolution, then fills `edges` (room for vertexCount) with
-// the edges that span at least one scanline, in polygon order. Returns how many. Expects
-// 1 <= vertexCount <= kMaxPolygonVertices.
+// Doubles the vertices in place at double resolution.
+void ApplyDoubleResolution(const RasterContext& rc);
+
+enum class PolygonReach {
+    NoScanline, // fewer than two edges cross a scanline (told for triangles only)
+    NoPixel,    // every span is empty or outside the frame
+    Frame,      // may write pixels
+};
+
+// What the polygon can reach, from its corners alone, before any edge is built: a triangle with
+// all corners in one pixel column, or all beside, above or below the frame, gives no pixel.
+// `widestSpan` receives a bound on the columns of one span (a triangle's), else INT32_MAX.
+PolygonReach ReachOf(const RasterContext& rc, std::int32_t& widestSpan);
+
+// Fills `edges` (room for vertexCount) with the edges that span at least one scanline, in
+// polygon order. Returns how many. Expects 1 <= vertexCount <= kMaxPolygonVertices.
 int SetupEdges(const RasterContext& rc, EdgeRecord* edges);
 
 // Colour start and steps; `multiplier` is the opacity for premultiplied drawing, else 1.

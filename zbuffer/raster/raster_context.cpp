@@ -23,6 +23,7 @@ void ClearTextureBinding(RasterContext& rc) {
     rc.sampleTexel = nullptr;
     rc.texHeader = nullptr;
     rc.texRow0 = nullptr;
+    rc.texels = TexelGrid{};
 }
 
 void ResetRasterState(RasterContext& rc) {

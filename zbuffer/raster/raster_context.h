@@ -1,7 +1,10 @@
 // The rasterizer's state: target buffers, clip bounds, texture binding and per-polygon values.
 #pragma once
 
+#include "zbuffer/raster/simd_path.h"
+
 #include <cstdint>
+#include <vector>
 
 struct ScreenVertex;
 struct RasterContext;
@@ -13,6 +16,16 @@ struct RgbBytes {
     std::uint8_t red = 0;
     std::uint8_t green = 0;
     std::uint8_t blue = 0;
+};
+
+// The bound texture as 32-bit texels 0xAARRGGBB, rows counted from the top of the image.
+struct TexelGrid {
+    const std::uint32_t* top = nullptr; // row 0
+    std::int32_t pitch = 0;             // texels from one row down to the next, signed
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    float inverseWidth = 0.0f; // wraps positions without dividing
+    float inverseHeight = 0.0f;
 };
 
 // Returns the texel at a 20.12 position as 0xAARRGGBB.
@@ -49,6 +62,8 @@ struct RasterContext {
     std::uint8_t textureIs32Bit = 0;
     std::uint8_t textureIs8Bit = 0;
     std::uint8_t texelBytes = 0;
+    TexelGrid texels;                        // what the fillers read
+    std::vector<std::uint32_t> texelCopy;    // 8- and 24-bit pictures widened at binding
 
     // Per polygon, set by the caller before a dispatch.
     ScreenVertex** vertexList = nullptr;
@@ -58,6 +73,8 @@ struct RasterContext {
     std::int32_t depthBias = 0;      // added to every depth before it is tested and stored
     RgbBytes flatColour;
     std::uint8_t depthAlwaysPasses = 0;
+
+    SimdPath simdPath = DefaultSimdPath(); // tests force each path through this
 };
 
 // Points the context at caller-owned buffers of width x height pixels: colour rows of

@@ -1,8 +1,11 @@
 // Polygon fillers: one template instantiated per mode and a table of the instantiations, so the
-// mode is chosen once per polygon and no pixel loop branches on it.
+// mode is chosen once per polygon and no pixel loop branches on it. The pixel loops come from
+// the context's path; the plain ones are here.
 #include "zbuffer/raster/span_fillers.h"
 
 #include "zbuffer/raster/edge_setup.h"
+#include "zbuffer/raster/span_kernels.h"
+#include "zbuffer/raster/texel_fetch.h"
 
 #include <algorithm>
 #include <array>
@@ -10,63 +13,6 @@
 #include <utility>
 
 namespace {
-
-struct ModeTraits {
-    bool gouraud;
-    bool blended;
-    bool textured;
-    bool textureAlpha;
-};
-
-constexpr ModeTraits TraitsOf(FillMode m) {
-    switch (m) {
-    case FillMode::Flat:
-        return {false, false, false, false};
-    case FillMode::Gouraud:
-        return {true, false, false, false};
-    case FillMode::FlatBlended:
-        return {false, true, false, false};
-    case FillMode::GouraudBlended:
-        return {true, true, false, false};
-    case FillMode::FlatTextured:
-        return {false, false, true, false};
-    case FillMode::GouraudTextured:
-        return {true, false, true, false};
-    case FillMode::FlatTexturedBlended:
-        return {false, true, true, false};
-    case FillMode::GouraudTexturedBlended:
-        return {true, true, true, false};
-    case FillMode::FlatTextureAlpha:
-        return {false, true, true, true};
-    case FillMode::GouraudTextureAlpha:
-        return {true, true, true, true};
-    }
-    return {};
-}
-
-// Blended Gouraud colours are premultiplied by opacity on the edges; texture-alpha drawing
-// weighs by the texel's alpha instead.
-constexpr bool Premultiplied(ModeTraits t) {
-    return t.gouraud && t.blended && !t.textureAlpha;
-}
-
-// Values fixed for the whole polygon. Channels are indexed in memory order: blue, green, red.
-struct PolygonConstants {
-    std::uint32_t flat[3];
-    std::uint32_t flatTimesOpacity[3];
-    std::uint32_t opacity;
-    std::uint32_t inverseOpacity;
-    bool depthAlwaysPasses;
-};
-
-// Interpolants along one span, stepped from the left edge's values at its integer column.
-struct SpanState {
-    std::int32_t width;
-    std::int32_t z, zRemainder, zStep, zStepRemainder;
-    std::uint32_t c[3];
-    std::int32_t cStep[3];
-    std::int32_t u, v, uStep, vStep;
-};
 
 inline std::uint32_t ColourChannel(std::uint32_t c16) {
     return (c16 >> kEdgeFracBits) & 0xFFFF;
@@ -85,11 +31,10 @@ inline std::uint8_t CoverageAlpha(std::uint32_t dstAlpha, std::uint32_t inverseO
 // depth included, is to be left alone (a texel of alpha 0). Untextured blends divide by 256,
 // textured ones by 255; the difference decides exact pixel values and is kept.
 template <FillMode M>
-inline bool ShadePixel(const RasterContext& rc, const PolygonConstants& pc, const SpanState& s,
-                       std::uint8_t* px) {
+inline bool ShadePixel(const PolygonConstants& pc, const SpanRun& s, std::uint8_t* px) {
     constexpr ModeTraits T = TraitsOf(M);
     std::uint32_t texel = 0;
-    if constexpr (T.textured) texel = rc.sampleTexel(rc, s.u, s.v);
+    if constexpr (T.textured) texel = FetchTexel(pc.texels, s.u, s.v);
 
     if constexpr (T.textureAlpha) {
         const std::uint32_t texelAlpha = texel >> 24;
@@ -135,7 +80,7 @@ inline bool ShadePixel(const RasterContext& rc, const PolygonConstants& pc, cons
 }
 
 // Steps over `count` columns at once: the left clip.
-template <FillMode M> inline void SkipColumns(SpanState& s, std::int32_t count) {
+template <FillMode M> inline void SkipColumns(SpanRun& s, std::int32_t count) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
     const auto n = static_cast<std::uint32_t>(count);
@@ -148,7 +93,7 @@ template <FillMode M> inline void SkipColumns(SpanState& s, std::int32_t count) 
     }
 }
 
-template <FillMode M> inline void StepSpan(SpanState& s) {
+template <FillMode M> inline void StepSpan(SpanRun& s) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width);
     if constexpr (T.gouraud) {
@@ -160,10 +105,27 @@ template <FillMode M> inline void StepSpan(SpanState& s) {
     }
 }
 
-// One scanline between two active edges; the right end column is exclusive.
+// Inlined into the walk, which runs short spans itself; a copy of the run, so that its values
+// stay in registers.
 template <FillMode M>
-void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t y,
-              const EdgeRecord& a, const EdgeRecord& b) {
+[[gnu::always_inline]] inline void ScalarPixels(const PolygonConstants& pc, SpanRun s) {
+    std::uint8_t* px = s.colour;
+    std::int32_t* depth = s.depth;
+    for (std::int32_t i = 0; i < s.count; ++i, px += 4, ++depth) {
+        if ((s.z <= *depth || pc.depthAlwaysPasses) && ShadePixel<M>(pc, s, px)) *depth = s.z;
+        StepSpan<M>(s);
+    }
+}
+
+template <FillMode M> void ScalarSpan(const PolygonConstants& pc, const SpanRun& run) {
+    ScalarPixels<M>(pc, run);
+}
+
+// One scanline between two active edges; the right end column is exclusive.
+// With Lanes, long spans go to the kernel set's loop; without, every span stays inline.
+template <FillMode M, bool Lanes>
+void FillSpan(const RasterContext& rc, const PolygonConstants& pc, const SpanKernelSet& kernels,
+              std::int32_t y, const EdgeRecord& a, const EdgeRecord& b) {
     constexpr ModeTraits T = TraitsOf(M);
     const EdgeRecord& l = b.x < a.x ? b : a;
     const EdgeRecord& r = b.x < a.x ? a : b;
@@ -173,7 +135,8 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
     const std::int32_t lastColumn = std::min(right - 1, rc.clipMaxX);
     if (firstColumn > lastColumn) return;
 
-    SpanState s;
+    SpanRun s;
+    s.count = lastColumn - firstColumn + 1;
     s.width = right - left;
     s.z = l.z;
     s.zRemainder = 0;
@@ -196,16 +159,15 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
     // Columns left of the frame are stepped over, not written: no subpixel prestep.
     if (firstColumn > left) SkipColumns<M>(s, firstColumn - left);
 
-    std::uint8_t* px = rc.colourBase +
-                       static_cast<std::ptrdiff_t>(rc.rowBias + rc.clipMinY - y) * rc.colourPitch +
-                       static_cast<std::ptrdiff_t>(firstColumn - rc.clipMinX) * 4;
-    std::int32_t* depth = rc.depthBase +
-                          static_cast<std::ptrdiff_t>(y - rc.clipMinY) * (rc.depthPitch / 4) +
-                          (firstColumn - rc.clipMinX);
-    for (std::int32_t x = firstColumn; x <= lastColumn; ++x, px += 4, ++depth) {
-        if ((s.z <= *depth || pc.depthAlwaysPasses) && ShadePixel<M>(rc, pc, s, px)) *depth = s.z;
-        StepSpan<M>(s);
-    }
+    s.colour = rc.colourBase +
+               static_cast<std::ptrdiff_t>(rc.rowBias + rc.clipMinY - y) * rc.colourPitch +
+               static_cast<std::ptrdiff_t>(firstColumn - rc.clipMinX) * 4;
+    s.depth = rc.depthBase + static_cast<std::ptrdiff_t>(y - rc.clipMinY) * (rc.depthPitch / 4) +
+              (firstColumn - rc.clipMinX);
+    if (!Lanes || s.count < kernels.shortestRun)
+        ScalarPixels<M>(pc, s);
+    else
+        kernels.fill[static_cast<int>(M)](pc, s);
 }
 
 template <FillMode M> inline void StepEdge(EdgeRecord& e) {
@@ -242,10 +204,10 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
     }
 }
 
-template <FillMode M> int FillPolygonIn(RasterContext& rc) {
+template <FillMode M, bool Lanes>
+int WalkPolygon(RasterContext& rc, const SpanKernelSet& kernels) {
     constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
-    if (vertexCount <= 0 || vertexCount > kMaxPolygonVertices) return 0;
     EdgeRecord edges[kMaxPolygonVertices];
     const int count = SetupEdges(rc, edges);
     if (count < 2) return 0;
@@ -263,6 +225,7 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc) {
         pc.flatTimesOpacity[k] = flat[k] * pc.opacity;
     }
     pc.depthAlwaysPasses = rc.depthAlwaysPasses != 0;
+    if constexpr (T.textured) pc.texels = rc.texels;
 
     EdgeRecord* head = SortEdges(edges, count);
     EdgeRecord* a = head;
@@ -281,7 +244,7 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc) {
                 y = stop;
             }
         }
-        if (y >= 0) FillSpan<M>(rc, pc, y, *a, *b);
+        if (y >= 0) FillSpan<M, Lanes>(rc, pc, kernels, y, *a, *b);
         // An edge serves through its bottom scanline, then the next listed edge takes over.
         const std::int32_t nextY = y + 1;
         if (ScanlineOf(a->bottom->y) < nextY) {
@@ -300,20 +263,43 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc) {
     return 1;
 }
 
-using PolygonFiller = int (*)(RasterContext&);
+// Triangles too narrow for a span to fill the lanes are walked without any call per span.
+template <FillMode M> int FillPolygonIn(RasterContext& rc, const SpanKernelSet& kernels) {
+    if (rc.vertexCount <= 0 || rc.vertexCount > kMaxPolygonVertices) return 0;
+    ApplyDoubleResolution(rc);
+    std::int32_t widestSpan;
+    const PolygonReach reach = ReachOf(rc, widestSpan);
+    if (reach != PolygonReach::Frame) return reach == PolygonReach::NoScanline ? 0 : 1;
+    if (widestSpan < kernels.shortestRun) return WalkPolygon<M, false>(rc, kernels);
+    return WalkPolygon<M, true>(rc, kernels);
+}
 
-// Indexed by FillMode.
+using PolygonFiller = int (*)(RasterContext&, const SpanKernelSet&);
+
+// Both indexed by FillMode.
 template <std::size_t... I>
 constexpr std::array<PolygonFiller, sizeof...(I)> MakeFillerTable(std::index_sequence<I...>) {
     return {&FillPolygonIn<static_cast<FillMode>(I)>...};
 }
+template <std::size_t... I> constexpr SpanKernelSet MakeScalarKernels(std::index_sequence<I...>) {
+    return {{&ScalarSpan<static_cast<FillMode>(I)>...}, 0};
+}
 
 constexpr auto kFillers = MakeFillerTable(std::make_index_sequence<kFillModeCount>{});
+constexpr SpanKernelSet kScalarKernels = MakeScalarKernels(std::make_index_sequence<kFillModeCount>{});
 static_assert(kFillers.size() == kFillModeCount);
 static_assert(static_cast<int>(FillMode::GouraudTextureAlpha) == kFillModeCount - 1);
+
+// Indexed by SimdPath; a path the processor lacks runs the plain loops.
+const SpanKernelSet* const kKernelSets[kSimdPathCount] = {
+    &kScalarKernels, SimdPathSupported(SimdPath::Sse2) ? Sse2SpanKernels() : nullptr,
+    SimdPathSupported(SimdPath::Avx2) ? Avx2SpanKernels() : nullptr};
 
 } // namespace
 
 int FillPolygon(RasterContext& rc, FillMode mode) {
-    return kFillers[static_cast<std::size_t>(mode)](rc);
+    const auto path = static_cast<std::size_t>(rc.simdPath);
+    const SpanKernelSet* set = path < kSimdPathCount ? kKernelSets[path] : nullptr;
+    const auto m = static_cast<std::size_t>(mode);
+    return kFillers[m](rc, set ? *set : kScalarKernels);
 }

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <utility>
 
 TEST(SystemInfo, ProcessorsScreenDepthAndSystemFolder) {
     EXPECT_GE(q5plat::ProcessorCount(), 1);
@@ -27,4 +29,14 @@ TEST(SystemInfo, ProcessorsScreenDepthAndSystemFolder) {
     EXPECT_EQ(q5plat::SystemDirectoryA(dir, sizeof dir), 0u);
     EXPECT_EQ(dir[0], '\0');
 #endif
+}
+
+// Tests show machines of other sizes through the environment, which loaded modules share.
+TEST(SystemInfo, AProcessorCountCanBeForced) {
+    const int machine = q5plat::ProcessorCount();
+    for (const auto& [forced, seen] : {std::pair{1, 1}, std::pair{7, 7}, std::pair{0, machine}}) {
+        q5plat::OverrideProcessorCount(forced);
+        EXPECT_EQ(q5plat::ProcessorCount(), seen) << forced;
+    }
+    EXPECT_EQ(std::getenv(q5plat::kProcessorCountVariable), nullptr) << "0 removes it";
 }

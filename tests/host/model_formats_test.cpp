@@ -1,0 +1,280 @@
+// Model files through the file-type registry: which format reads a file, what each format
+// hands the scene, the materials users expect, and damaged files refused without a crash.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "core/filetype/file_type.h"
+#include "host/app/host_api.h"
+#include "host/formats/model_file.h"
+#include "host/formats/model_formats.h"
+#include "host/formats/stream_reading.h"
+#include "host/scene/scene.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kData = TESSERA_TEST_DATA;
+const fs::path kWork = "model_formats_out";
+
+std::string Slurp(const fs::path& p) {
+    std::ifstream in(p, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+fs::path Write(const std::string& name, const std::string& bytes) {
+    fs::create_directories(kWork);
+    std::ofstream(kWork / name, std::ios::binary) << bytes;
+    return kWork / name;
+}
+
+struct ModelHost {
+    IniSettings settings;
+    HostAPI host{settings};
+    ModelHost() {
+        host.SetMessageSink([](std::int32_t, const std::string&) {});
+        RegisterModelFormats(host);
+    }
+};
+
+struct Loaded {
+    bool ok = false;
+    Scene scene;
+    std::vector<std::string> warnings;
+    std::string error;
+};
+
+void Load(const fs::path& path, Loaded& out, bool twoSided = false) {
+    ModelOptions options;
+    options.twoSided = twoSided;
+    out.ok = LoadModel(path.string(), out.scene, options, out.warnings, out.error);
+}
+
+std::string FormatOf(const fs::path& path) {
+    StreamHandle stream = OpenReadStream(path.string());
+    if (stream == nullptr) return "unopened";
+    const FILETYPE* type = FindModelFormat(*stream, path.string());
+    return type != nullptr ? HostAPI::Utf8(type->name) : "none";
+}
+
+} // namespace
+
+// By extension when the content agrees; by content when the extension is missing or wrong.
+TEST(ModelFormats, FoundByExtensionOrElseByContent) {
+    ModelHost h;
+    const std::string glb = Slurp(kData / "embedded.glb"), gltf = Slurp(kData / "embedded.gltf");
+    const std::pair<fs::path, const char*> cases[] = {
+        {kData / "textured.obj", "Wavefront OBJ"},
+        {kData / "embedded.gltf", "glTF 2.0"},
+        {kData / "embedded.glb", "glTF 2.0 binary"},
+        {Write("binary_named.obj", glb), "glTF 2.0 binary"},
+        {Write("binary_without_extension", glb), "glTF 2.0 binary"},
+        {Write("json_named.model", gltf), "glTF 2.0"},
+        {Write("plain.txt", "hello\n"), "none"},
+    };
+    for (const auto& [path, format] : cases) EXPECT_EQ(FormatOf(path), format) << path;
+}
+
+#if defined(TESSERA_HAVE_ASSIMP)
+// Formats of their own go to Assimp, faces, lines and points alike.
+TEST(ModelFormats, OtherFormatsGoThroughAssimp) {
+    ModelHost h;
+    const fs::path ply =
+        Write("mixed.ply", "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\n"
+                           "property float y\nproperty float z\nelement face 1\n"
+                           "property list uchar int vertex_indices\nend_header\n"
+                           "0 0 0\n1 0 0\n0 1 0\n0 0 1\n3 0 1 2\n");
+    EXPECT_EQ(FormatOf(ply), "Stanford Polygon Library (PLY) (Assimp)");
+    Loaded m;
+    Load(ply, m);
+    ASSERT_TRUE(m.ok) << m.error;
+    ASSERT_EQ(m.scene.Objects().size(), 1u);
+    EXPECT_EQ(m.scene.Objects()[0].geometry.triangles.size(), 1u);
+    Loaded broken;
+    Load(Write("broken.ply", "ply\nformat ascii 1.0\nelement vertex 2\nend_header\n"), broken);
+    EXPECT_FALSE(broken.ok);
+    EXPECT_EQ(broken.error.find('\n'), std::string::npos) << broken.error;
+}
+#endif
+
+// Objects, faces, lines, points and decoded textures of each committed model: PNG and JPEG
+// files beside an OBJ, a PNG in a data URI of a glTF file, a JPEG in a GLB buffer.
+TEST(ModelFormats, EachFormatHandsOverFacesLinesPointsAndTextures) {
+    ModelHost h;
+    struct Case {
+        const char* file;
+        std::size_t triangles, segments, points, textures;
+    };
+    const Case cases[] = {
+        {"textured.obj", 12, 4, 4, 2},
+        {"embedded.gltf", 6, 3, 3, 1},
+        {"embedded.glb", 6, 3, 3, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        Loaded m;
+        Load(kData / c.file, m);
+        ASSERT_TRUE(m.ok) << m.error;
+        EXPECT_TRUE(m.warnings.empty()) << m.warnings.front();
+        std::size_t triangles = 0, segments = 0, points = 0, textures = 0;
+        for (const SceneObject& o : m.scene.Objects()) {
+            triangles += o.geometry.triangles.size();
+            segments += o.geometry.segments.size();
+            points += o.geometry.points.size();
+            ASSERT_EQ(o.geometry.normals.size(), o.geometry.positions.size());
+        }
+        for (std::size_t i = 0; i < m.scene.MaterialCount(); ++i)
+            textures += m.scene.Material(i).driver.textures[kSlotDiffuse] != nullptr ? 1 : 0;
+        EXPECT_EQ(triangles, c.triangles);
+        EXPECT_EQ(segments, c.segments);
+        EXPECT_EQ(points, c.points);
+        EXPECT_EQ(textures, c.textures);
+    }
+}
+
+// No colour: neutral grey. Opacity 0 on every material: opaque, with a warning. Back faces
+// drawn for open objects, for closed ones only when asked.
+TEST(ModelFormats, MaterialsAndSidesAsUsersExpect) {
+    ModelHost h;
+    const std::string box =
+        "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nv 0 0 1\nv 1 0 1\nv 1 1 1\nv 0 1 1\n"
+        "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 3 4 8 7\nf 2 3 7 6\nf 1 5 8 4\n";
+    Write("clear.mtl", "newmtl a\nd 0\nnewmtl b\nKd 0.5 0.25 0\nd 0\n");
+    const fs::path closed = Write("closed.obj", "mtllib clear.mtl\nusemtl a\n" + box);
+    const fs::path open =
+        Write("open.obj", "mtllib clear.mtl\nusemtl b\n" + box.substr(0, 48) + "f 1 2 3\n");
+    for (bool twoSided : {false, true}) {
+        Loaded c, o;
+        Load(closed, c, twoSided);
+        Load(open, o, twoSided);
+        ASSERT_TRUE(c.ok && o.ok) << c.error << o.error;
+        ASSERT_EQ(c.scene.Objects().size(), 1u);
+        const SceneObject& cube = c.scene.Objects()[0];
+        EXPECT_EQ(cube.twoSided, twoSided);
+        EXPECT_EQ(o.scene.Objects()[0].twoSided, true);
+        EXPECT_EQ(cube.opacity, 1.0f);
+        ASSERT_EQ(c.warnings.size(), 1u);
+        EXPECT_NE(c.warnings[0].find("opacity 0"), std::string::npos) << c.warnings[0];
+        const Rgb grey = c.scene.Material(cube.material).colour;
+        const Rgb given = o.scene.Material(o.scene.Objects()[0].material).colour;
+        EXPECT_EQ(std::tie(grey.red, grey.green, grey.blue), std::make_tuple(0.7f, 0.7f, 0.7f));
+        EXPECT_EQ(std::tie(given.red, given.green, given.blue), std::make_tuple(0.5f, 0.25f, 0.0f));
+    }
+}
+
+// Each texture that cannot be used is named once however many materials name it, and the
+// materials are drawn without it; a picture named with the exporter's folders is found beside
+// the model.
+TEST(ModelFormats, EachTextureThatFailsIsReportedOnce) {
+    ModelHost h;
+    Write("not_an_image.png", "this is text, not a PNG");
+    Write("beside.png", Slurp(kData / "checker.png"));
+    Write("damaged.mtl", "newmtl a\nmap_Kd missing.png\nnewmtl b\nmap_Kd missing.png\nnewmtl c\n"
+                         "map_Kd not_an_image.png\nnewmtl d\nmap_Kd missing.jpg\n"
+                         "newmtl e\nmap_Kd C:\\exporter\\maps\\beside.png\n");
+    std::string obj = "mtllib damaged.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\n";
+    for (const char* m : {"a", "b", "c", "d", "e"})
+        obj += std::string("usemtl ") + m + "\nf 1 2 3\n";
+    Loaded m;
+    Load(Write("damaged.obj", obj), m);
+    ASSERT_TRUE(m.ok) << m.error;
+    ASSERT_EQ(m.warnings.size(), 3u);
+    const char* named[] = {"missing.png", "not_an_image.png", "missing.jpg"};
+    for (std::size_t i = 0; i < 3; ++i)
+        EXPECT_NE(m.warnings[i].find(named[i]), std::string::npos) << m.warnings[i];
+    std::vector<std::string> textured;
+    for (std::size_t i = 0; i < m.scene.MaterialCount(); ++i)
+        if (m.scene.Material(i).driver.textures[kSlotDiffuse] != nullptr)
+            textured.push_back(m.scene.Material(i).name);
+    EXPECT_EQ(textured, std::vector<std::string>{"e"});
+}
+
+TEST(ModelFormats, AModelThatShowsNothingSaysWhy) {
+    ModelHost h;
+    const std::pair<std::string, const char*> cases[] = {
+        {"v 1e39 0 0\nv 0 1e39 0\nv 0 0 1e39\nf 1 2 3\n", "not finite"},
+        {"v 0 0 0\nv 1 1 1\nv 2 2 2\nf 1 2 3\nf 1 1 2\n", "zero area"},
+        {"# only a comment\nv 0 0 0\n", "no faces, lines or points"},
+        {"f 1 2 3\n", "no faces, lines or points"},
+    };
+    for (const auto& [text, says] : cases) {
+        Loaded m;
+        Load(Write("nothing.obj", text), m);
+        EXPECT_FALSE(m.ok) << text;
+        EXPECT_NE(m.error.find(says), std::string::npos) << m.error;
+    }
+}
+
+// The configuration file beside the settings turns the own OBJ reader off; Assimp's, where
+// the build has it, reads OBJ files then.
+TEST(ModelFormats, TheChoicesFileBesideTheSettingsDisablesAFormat) {
+    ModelHost h;
+    const fs::path settings = Write("render.ini", "");
+    Write("filetypes.cfg", "[formats]\n{7E55E001-0B1E-4F00-0080-4F424A000001}\nenable=0\n");
+    std::string error;
+    ASSERT_TRUE(LoadFormatChoices(h.host, FormatChoicesFile(settings.string()), error)) << error;
+    EXPECT_NE(ListModelFormats().find("Wavefront OBJ                           obj  (disabled)"),
+              std::string::npos)
+        << ListModelFormats();
+#if defined(TESSERA_HAVE_ASSIMP)
+    EXPECT_EQ(FormatOf(kData / "textured.obj"), "Wavefront Object (Assimp)");
+    Loaded m;
+    Load(kData / "textured.obj", m);
+    EXPECT_TRUE(m.ok) << m.error;
+#else
+    EXPECT_EQ(FormatOf(kData / "textured.obj"), "none");
+#endif
+}
+
+// Cut at many points and with bytes flipped, each model either loads or is refused with one
+// line; a glTF file cut anywhere is always refused.
+TEST(ModelFormats, TruncatedAndCorruptedCopiesAreRefusedCleanly) {
+    ModelHost h;
+    const char* files[] = {"textured.obj", "embedded.gltf", "embedded.glb", "textured.mtl"};
+    std::uint32_t seed = 12345;
+    const auto next = [&seed] { return seed = seed * 1664525u + 1013904223u; };
+    for (const char* file : files) {
+        const std::string bytes = Slurp(kData / file);
+        ASSERT_FALSE(bytes.empty()) << file;
+        const std::string extension = fs::path(file).extension().string();
+        const bool gltf = extension == ".gltf" || extension == ".glb";
+        const std::size_t step = std::max<std::size_t>(1, bytes.size() / 60);
+        // A damaged material library is read through a model that names it.
+        const auto load = [&](const std::string& damaged, Loaded& m) {
+            const fs::path written = Write("damaged" + extension, damaged);
+            if (extension != ".mtl") return Load(written, m);
+            Load(Write("names_damaged.obj",
+                       "mtllib damaged.mtl\nusemtl png\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"),
+                 m);
+        };
+        for (std::size_t cut = 0; cut < bytes.size(); cut += step) {
+            Loaded m;
+            load(bytes.substr(0, cut), m);
+            if (gltf) {
+                EXPECT_FALSE(m.ok) << file << " cut at " << cut;
+            }
+            if (!m.ok) {
+                EXPECT_FALSE(m.error.empty()) << file << " cut at " << cut;
+                EXPECT_EQ(m.error.find('\n'), std::string::npos) << m.error;
+            }
+        }
+        for (int round = 0; round < 60; ++round) {
+            std::string damaged = bytes;
+            for (int k = 0; k < 1 + round % 4; ++k)
+                damaged[next() % damaged.size()] ^= static_cast<char>(1 + next() % 255);
+            Loaded m;
+            load(damaged, m);
+            if (!m.ok) {
+                EXPECT_EQ(m.error.find('\n'), std::string::npos) << m.error;
+            }
+        }
+    }
+}

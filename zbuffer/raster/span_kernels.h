@@ -1,0 +1,63 @@
+// The pixel loop of one scanline, apart from the edge walk, so that it can run in lanes:
+// what the walk hands over and the sets of loops, one per filler path.
+#pragma once
+
+#include "zbuffer/raster/raster_context.h"
+#include "zbuffer/raster/span_fillers.h"
+
+#include <cstdint>
+
+struct ModeTraits {
+    bool gouraud;
+    bool blended;
+    bool textured;
+    bool textureAlpha;
+};
+
+constexpr ModeTraits TraitsOf(FillMode m) {
+    const auto i = static_cast<int>(m);
+    const bool textured = i >= static_cast<int>(FillMode::FlatTextured);
+    const bool textureAlpha = i >= static_cast<int>(FillMode::FlatTextureAlpha);
+    return {i % 2 == 1, textureAlpha || i % 4 >= 2, textured, textureAlpha};
+}
+
+// Blended Gouraud colours are premultiplied by opacity on the edges; texture-alpha drawing
+// weighs by the texel's alpha instead.
+constexpr bool Premultiplied(ModeTraits t) {
+    return t.gouraud && t.blended && !t.textureAlpha;
+}
+
+// Values fixed for the whole polygon. Channels are indexed in memory order: blue, green, red.
+struct PolygonConstants {
+    std::uint32_t flat[3];
+    std::uint32_t flatTimesOpacity[3];
+    std::uint32_t opacity;
+    std::uint32_t inverseOpacity;
+    bool depthAlwaysPasses;
+    TexelGrid texels;
+};
+
+// The visible columns of one span, interpolants at the first of them. Depth steps by quotient
+// and remainder of the span's width; colours and texture positions wrap modulo 2^32.
+struct SpanRun {
+    std::uint8_t* colour;
+    std::int32_t* depth;
+    std::int32_t count; // at least 1
+    std::int32_t width; // the whole span's, the depth divisor
+    std::int32_t z, zRemainder, zStep, zStepRemainder;
+    std::uint32_t c[3];
+    std::int32_t cStep[3];
+    std::int32_t u, v, uStep, vStep;
+};
+
+using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
+
+struct SpanKernelSet {
+    SpanKernel fill[kFillModeCount]; // indexed by FillMode
+    // Shorter runs take the plain loop: setting up the lanes costs more than they save there.
+    std::int32_t shortestRun;
+};
+
+// Null where the build has no such path.
+const SpanKernelSet* Sse2SpanKernels();
+const SpanKernelSet* Avx2SpanKernels();

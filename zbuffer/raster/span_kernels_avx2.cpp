@@ -1,0 +1,21 @@
+// Span loops in 8 lanes of AVX2. Only the functions here carry the AVX2 target, and only
+// once the processor check has passed are they called.
+#include "zbuffer/raster/span_kernels.h"
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+
+#define TESSERA_LANES 8
+#define TESSERA_SHORTEST_LANE_RUN 16
+#define TESSERA_LANE_TARGET __attribute__((target("avx2")))
+#define TESSERA_LANE_BITS(mask) _mm256_movemask_ps((__m256)(mask))
+#include "zbuffer/raster/span_kernels_lanes.h"
+
+const SpanKernelSet* Avx2SpanKernels() {
+    return &kLaneKernels;
+}
+#else
+const SpanKernelSet* Avx2SpanKernels() {
+    return nullptr;
+}
+#endif

@@ -1,0 +1,217 @@
+// The span loops in lanes of 32-bit integers, written once for every vector width. A file that
+// includes this defines TESSERA_LANES (4 or 8), TESSERA_LANE_TARGET (the attribute that
+// enables the instructions) and TESSERA_LANE_BITS(mask) (one bit per lane). Everything here
+// has internal linkage, so code built for wide lanes never stands in for a narrower path.
+#pragma once
+
+#include "zbuffer/raster/edge_setup.h"
+#include "zbuffer/raster/span_kernels.h"
+
+#include <cstring>
+#include <utility>
+
+namespace {
+
+constexpr int kLanes = TESSERA_LANES;
+typedef std::int32_t Vi __attribute__((vector_size(4 * kLanes)));
+typedef std::uint32_t Vu __attribute__((vector_size(4 * kLanes)));
+typedef float Vf __attribute__((vector_size(4 * kLanes)));
+
+#define LANES_FN TESSERA_LANE_TARGET inline
+
+LANES_FN Vu LaneNumbers() {
+    Vu n{};
+    for (int k = 0; k < kLanes; ++k) n[k] = static_cast<std::uint32_t>(k);
+    return n;
+}
+
+// x / 255 for 0 <= x < 2^24: the float quotient is off by at most one there.
+LANES_FN Vi Div255(Vi x) {
+    Vi q = __builtin_convertvector(__builtin_convertvector(x, Vf) * (1.0f / 255.0f), Vi);
+    const Vi r = x - ((q << 8) - q);
+    q += r < 0;
+    q -= r >= 255;
+    return q;
+}
+
+// WrapTexelIndex in lanes, the same float operations.
+LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse) {
+    const Vi q = __builtin_convertvector(__builtin_convertvector(n, Vf) * inverse, Vi);
+    Vi r = n - __builtin_convertvector(
+                   __builtin_convertvector(q, Vf) * static_cast<float>(size), Vi);
+    r += (r < 0) & size;
+    r -= (r >= size) & size;
+    return r;
+}
+
+LANES_FN Vi FetchLanes(const TexelGrid& g, Vu u, Vu v) {
+    const Vi x = WrapLanes((Vi)((u >> kTexelFracBits) & kTexelIndexMask), g.width,
+                           g.inverseWidth);
+    const Vi y = WrapLanes((Vi)((v >> kTexelFracBits) & kTexelIndexMask), g.height,
+                           g.inverseHeight);
+    const Vi index = y * g.pitch + x;
+    Vi texel;
+    for (int k = 0; k < kLanes; ++k) {
+        std::int32_t t;
+        std::memcpy(&t, g.top + index[k], sizeof t);
+        texel[k] = t;
+    }
+    return texel;
+}
+
+LANES_FN Vi ByteOf(Vi x, int k) {
+    return (x >> (8 * k)) & 0xFF;
+}
+
+// Channel k of the polygon's colour: stepped, or flat.
+template <bool Gouraud> LANES_FN Vi ColourLanes(const PolygonConstants& pc, const Vu (&c)[3], int k) {
+    if constexpr (Gouraud)
+        return (Vi)((c[k] >> kEdgeFracBits) & 0xFFFF);
+    else
+        return Vi{} + static_cast<std::int32_t>(pc.flat[k]);
+}
+
+// Interpolants of kLanes neighbouring columns; `write` starts as the depth test's result and
+// loses the lanes a texel of alpha 0 leaves alone. Returns the pixels to write.
+template <FillMode M>
+LANES_FN Vu ShadeLanes(const PolygonConstants& pc, Vu dst, const Vu (&c)[3], Vu u, Vu v,
+                       Vi& write) {
+    constexpr ModeTraits T = TraitsOf(M);
+    Vi texel{};
+    if constexpr (T.textured) texel = FetchLanes(pc.texels, u, v);
+    const auto inv = static_cast<std::int32_t>(pc.inverseOpacity);
+    Vi ch[3];
+    Vi alpha = Vi{} + kAlphaOpaque;
+    if constexpr (T.textureAlpha) {
+        const Vi texelAlpha = (Vi)((Vu)texel >> 24);
+        write &= texelAlpha != 0;
+        const Vi a = Div255(texelAlpha * static_cast<std::int32_t>(pc.opacity));
+        const Vi opaque = a == 255;
+        for (int k = 0; k < 3; ++k) {
+            const Vi own = Div255(((a * ColourLanes<T.gouraud>(pc, c, k)) >> 8) * ByteOf(texel, k));
+            const Vi d = ByteOf((Vi)dst, k);
+            const Vi mixed = Div255(d * (255 - a)) + own;
+            ch[k] = (own & opaque) | (mixed & ~opaque);
+        }
+        alpha = a;
+    } else {
+        for (int k = 0; k < 3; ++k) {
+            const Vi d = ByteOf((Vi)dst, k);
+            if constexpr (T.textured && T.blended && T.gouraud)
+                ch[k] = Div255(Div255(ColourLanes<T.gouraud>(pc, c, k) * ByteOf(texel, k)) + d * inv);
+            else if constexpr (T.textured && T.blended)
+                ch[k] = Div255(Div255(static_cast<std::int32_t>(pc.flatTimesOpacity[k]) *
+                                      ByteOf(texel, k)) +
+                               d * inv);
+            else if constexpr (T.textured && T.gouraud) {
+                const Vi x = (ByteOf(texel, k) * ColourLanes<T.gouraud>(pc, c, k)) >> 8;
+                const Vi over = x > 255;
+                ch[k] = (x & ~over) | (255 & over);
+            } else if constexpr (T.textured)
+                ch[k] = (ByteOf(texel, k) * ColourLanes<T.gouraud>(pc, c, k)) >> 8;
+            else if constexpr (T.blended && T.gouraud)
+                ch[k] = (ColourLanes<T.gouraud>(pc, c, k) + d * inv) >> 8;
+            else if constexpr (T.blended)
+                ch[k] = (static_cast<std::int32_t>(pc.flatTimesOpacity[k]) + d * inv) >> 8;
+            else
+                ch[k] = ColourLanes<T.gouraud>(pc, c, k);
+        }
+        if constexpr (T.blended && !(T.textured && T.gouraud))
+            alpha = Div255(kFullCoverage - (255 - (Vi)(dst >> 24)) * inv);
+    }
+    return (Vu)((ch[0] & 0xFF) | (ch[1] & 0xFF) << 8 | (ch[2] & 0xFF) << 16 | alpha << 24);
+}
+
+template <FillMode M>
+TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
+    constexpr ModeTraits T = TraitsOf(M);
+    // Lane k starts k columns on; each block of lanes then steps kLanes columns at once, the
+    // depth by the quotient and remainder of kLanes times its difference.
+    Vu z{};
+    Vi zr{};
+    std::int32_t zq = s.z, rq = s.zRemainder;
+    for (int k = 0; k < kLanes; ++k) {
+        z[k] = static_cast<std::uint32_t>(zq);
+        zr[k] = rq;
+        StepByRemainder(zq, rq, s.zStep, s.zStepRemainder, s.width);
+    }
+    std::uint32_t zBlock = static_cast<std::uint32_t>(zq) - static_cast<std::uint32_t>(s.z);
+    std::int32_t rBlock = rq - s.zRemainder;
+    if (rBlock < 0) {
+        rBlock += s.width;
+        --zBlock;
+    }
+    const Vu lanes = LaneNumbers();
+    Vu c[3] = {};
+    std::uint32_t cBlock[3] = {};
+    if constexpr (T.gouraud) {
+        for (int k = 0; k < 3; ++k) {
+            c[k] = s.c[k] + lanes * static_cast<std::uint32_t>(s.cStep[k]);
+            cBlock[k] = kLanes * static_cast<std::uint32_t>(s.cStep[k]);
+        }
+    }
+    Vu u{}, v{};
+    if constexpr (T.textured) {
+        u = static_cast<std::uint32_t>(s.u) + lanes * static_cast<std::uint32_t>(s.uStep);
+        v = static_cast<std::uint32_t>(s.v) + lanes * static_cast<std::uint32_t>(s.vStep);
+    }
+    const std::uint32_t uBlock = kLanes * static_cast<std::uint32_t>(s.uStep);
+    const std::uint32_t vBlock = kLanes * static_cast<std::uint32_t>(s.vStep);
+    const Vi always = Vi{} - (pc.depthAlwaysPasses ? 1 : 0);
+
+    std::uint8_t* px = s.colour;
+    std::int32_t* dp = s.depth;
+    for (std::int32_t left = s.count; left > 0; left -= kLanes, px += 4 * kLanes, dp += kLanes) {
+        const bool whole = left >= kLanes;
+        Vu dst{};
+        Vi depth{};
+        if (whole) {
+            std::memcpy(&dst, px, sizeof dst);
+            std::memcpy(&depth, dp, sizeof depth);
+        } else {
+            for (int k = 0; k < left; ++k) {
+                std::uint32_t p;
+                std::memcpy(&p, px + 4 * k, sizeof p);
+                dst[k] = p;
+                depth[k] = dp[k];
+            }
+        }
+        Vi write = ((Vi)z <= depth) | always;
+        if (TESSERA_LANE_BITS(write) != 0) {
+            const Vu out = ShadeLanes<M>(pc, dst, c, u, v, write);
+            dst = (out & (Vu)write) | (dst & ~(Vu)write);
+            depth = ((Vi)z & write) | (depth & ~write);
+            if (whole) {
+                std::memcpy(px, &dst, sizeof dst);
+                std::memcpy(dp, &depth, sizeof depth);
+            } else {
+                for (int k = 0; k < left; ++k) {
+                    const std::uint32_t p = dst[k];
+                    std::memcpy(px + 4 * k, &p, sizeof p);
+                    dp[k] = depth[k];
+                }
+            }
+        }
+        z += zBlock;
+        zr += rBlock;
+        const Vi carry = zr >= s.width;
+        z -= (Vu)carry;
+        zr -= carry & s.width;
+        if constexpr (T.gouraud)
+            for (int k = 0; k < 3; ++k) c[k] += cBlock[k];
+        if constexpr (T.textured) {
+            u += uBlock;
+            v += vBlock;
+        }
+    }
+}
+
+template <std::size_t... I> constexpr SpanKernelSet MakeLaneKernels(std::index_sequence<I...>) {
+    return {{&LaneSpan<static_cast<FillMode>(I)>...}, TESSERA_SHORTEST_LANE_RUN};
+}
+
+constexpr SpanKernelSet kLaneKernels = MakeLaneKernels(std::make_index_sequence<kFillModeCount>{});
+
+#undef LANES_FN
+
+} // namespace
