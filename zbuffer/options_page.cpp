@@ -23,8 +23,8 @@ constexpr std::int32_t kKindSettingsChanged = 4;
 constexpr std::uint32_t kPageRecordSize = 104;
 
 // The page record carries no driver, so the page learns whose string table to use from
-// ShowOptions, which runs the modal sheet.
-const DriverModule* gShowingModule = nullptr;
+// ShowOptions, which runs the modal sheet on the same thread.
+thread_local const DriverModule* gShowingModule = nullptr;
 
 std::int32_t Setting(q5_GAPI* host, const char* key, std::int32_t defaultValue) {
     return host->GetSettingInt(0, key, defaultValue);
