@@ -236,6 +236,7 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
                 o.backgroundMode = 2;
             else
                 return bad(v);
+            o.backgroundModeGiven = true;
         } else if (arg == "--label") {
             if (!need(v)) return ParseOutcome::Error;
             o.label = v;
@@ -309,6 +310,10 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
     }
     if (!o.pageSettings.empty() && o.optionsPage == CliOptions::OptionsPage::None) {
         error = "--set changes the options page: give --options too";
+        return ParseOutcome::Error;
+    }
+    if (o.backgroundModeGiven && o.backgroundImage.empty()) {
+        error = "--background-mode places a picture: give --background-image too";
         return ParseOutcome::Error;
     }
     if (o.quiet && o.verbose) {

@@ -17,6 +17,7 @@ struct CliOptions {
     std::optional<std::uint32_t> background[2]; // red in the low byte
     std::string backgroundImage;                // a picture file drawn by the clear
     std::int32_t backgroundMode = 0;            // 0 stretch, 1 tile, 2 centre
+    bool backgroundModeGiven = false;
     std::string label;                          // UTF-8 text written over the picture
     bool supersample = false;
     bool fade = false;
