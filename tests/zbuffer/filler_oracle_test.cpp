@@ -244,13 +244,13 @@ TEST_P(FillerOracle, FillerWritesWhatTheRulesGiveForRandomPolygons) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryModeAndPath, FillerOracle,
-    ::testing::Combine(::testing::Range(0, kFillModeCount),
-                       ::testing::Values(SimdPath::Scalar, SimdPath::Sse2, SimdPath::Avx2)),
-    [](const auto& info) {
-        return std::string(kFillModeNames[std::get<0>(info.param)]) + "_" +
-               kSimdPathNames[static_cast<int>(std::get<1>(info.param))];
-    });
+INSTANTIATE_TEST_SUITE_P(EveryModeAndPath, FillerOracle,
+                         ::testing::Combine(::testing::Range(0, kFillModeCount),
+                                            ::testing::Values(SimdPath::Scalar, SimdPath::Sse2,
+                                                              SimdPath::Avx2)),
+                         [](const auto& info) {
+                             return std::string(kFillModeNames[std::get<0>(info.param)]) + "_" +
+                                    kSimdPathNames[static_cast<int>(std::get<1>(info.param))];
+                         });
 
 } // namespace

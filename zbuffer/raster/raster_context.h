@@ -62,8 +62,8 @@ struct RasterContext {
     std::uint8_t textureIs32Bit = 0;
     std::uint8_t textureIs8Bit = 0;
     std::uint8_t texelBytes = 0;
-    TexelGrid texels;                        // what the fillers read
-    std::vector<std::uint32_t> texelCopy;    // 8- and 24-bit pictures widened at binding
+    TexelGrid texels;                     // what the fillers read
+    std::vector<std::uint32_t> texelCopy; // 8- and 24-bit pictures widened at binding
 
     // Per polygon, set by the caller before a dispatch.
     ScreenVertex** vertexList = nullptr;

@@ -25,8 +25,8 @@ bool Detect(SimdPath path) {
 
 // Function statics, so that contexts built during static initialisation see the answer too.
 const bool* Supported() {
-    static const bool supported[kSimdPathCount] = {
-        Detect(SimdPath::Scalar), Detect(SimdPath::Sse2), Detect(SimdPath::Avx2)};
+    static const bool supported[kSimdPathCount] = {Detect(SimdPath::Scalar), Detect(SimdPath::Sse2),
+                                                   Detect(SimdPath::Avx2)};
     return supported;
 }
 

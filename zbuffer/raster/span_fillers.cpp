@@ -204,8 +204,7 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
     }
 }
 
-template <FillMode M, bool Lanes>
-int WalkPolygon(RasterContext& rc, const SpanKernelSet& kernels) {
+template <FillMode M, bool Lanes> int WalkPolygon(RasterContext& rc, const SpanKernelSet& kernels) {
     constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
     EdgeRecord edges[kMaxPolygonVertices];
@@ -286,7 +285,8 @@ template <std::size_t... I> constexpr SpanKernelSet MakeScalarKernels(std::index
 }
 
 constexpr auto kFillers = MakeFillerTable(std::make_index_sequence<kFillModeCount>{});
-constexpr SpanKernelSet kScalarKernels = MakeScalarKernels(std::make_index_sequence<kFillModeCount>{});
+constexpr SpanKernelSet kScalarKernels =
+    MakeScalarKernels(std::make_index_sequence<kFillModeCount>{});
 static_assert(kFillers.size() == kFillModeCount);
 static_assert(static_cast<int>(FillMode::GouraudTextureAlpha) == kFillModeCount - 1);
 

@@ -37,18 +37,17 @@ LANES_FN Vi Div255(Vi x) {
 // WrapTexelIndex in lanes, the same float operations.
 LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse) {
     const Vi q = __builtin_convertvector(__builtin_convertvector(n, Vf) * inverse, Vi);
-    Vi r = n - __builtin_convertvector(
-                   __builtin_convertvector(q, Vf) * static_cast<float>(size), Vi);
+    Vi r =
+        n - __builtin_convertvector(__builtin_convertvector(q, Vf) * static_cast<float>(size), Vi);
     r += (r < 0) & size;
     r -= (r >= size) & size;
     return r;
 }
 
 LANES_FN Vi FetchLanes(const TexelGrid& g, Vu u, Vu v) {
-    const Vi x = WrapLanes((Vi)((u >> kTexelFracBits) & kTexelIndexMask), g.width,
-                           g.inverseWidth);
-    const Vi y = WrapLanes((Vi)((v >> kTexelFracBits) & kTexelIndexMask), g.height,
-                           g.inverseHeight);
+    const Vi x = WrapLanes((Vi)((u >> kTexelFracBits) & kTexelIndexMask), g.width, g.inverseWidth);
+    const Vi y =
+        WrapLanes((Vi)((v >> kTexelFracBits) & kTexelIndexMask), g.height, g.inverseHeight);
     const Vi index = y * g.pitch + x;
     Vi texel;
     for (int k = 0; k < kLanes; ++k) {
@@ -64,7 +63,8 @@ LANES_FN Vi ByteOf(Vi x, int k) {
 }
 
 // Channel k of the polygon's colour: stepped, or flat.
-template <bool Gouraud> LANES_FN Vi ColourLanes(const PolygonConstants& pc, const Vu (&c)[3], int k) {
+template <bool Gouraud>
+LANES_FN Vi ColourLanes(const PolygonConstants& pc, const Vu (&c)[3], int k) {
     if constexpr (Gouraud)
         return (Vi)((c[k] >> kEdgeFracBits) & 0xFFFF);
     else
@@ -98,11 +98,12 @@ LANES_FN Vu ShadeLanes(const PolygonConstants& pc, Vu dst, const Vu (&c)[3], Vu 
         for (int k = 0; k < 3; ++k) {
             const Vi d = ByteOf((Vi)dst, k);
             if constexpr (T.textured && T.blended && T.gouraud)
-                ch[k] = Div255(Div255(ColourLanes<T.gouraud>(pc, c, k) * ByteOf(texel, k)) + d * inv);
+                ch[k] =
+                    Div255(Div255(ColourLanes<T.gouraud>(pc, c, k) * ByteOf(texel, k)) + d * inv);
             else if constexpr (T.textured && T.blended)
-                ch[k] = Div255(Div255(static_cast<std::int32_t>(pc.flatTimesOpacity[k]) *
-                                      ByteOf(texel, k)) +
-                               d * inv);
+                ch[k] = Div255(
+                    Div255(static_cast<std::int32_t>(pc.flatTimesOpacity[k]) * ByteOf(texel, k)) +
+                    d * inv);
             else if constexpr (T.textured && T.gouraud) {
                 const Vi x = (ByteOf(texel, k) * ColourLanes<T.gouraud>(pc, c, k)) >> 8;
                 const Vi over = x > 255;

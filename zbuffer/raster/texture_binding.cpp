@@ -77,7 +77,8 @@ void BindMaterialTexture(RasterContext& rc, const q5_MATERIAL* material, int slo
     rc.texels.inverseWidth = 1.0f / static_cast<float>(rc.texWidth);
     rc.texels.inverseHeight = 1.0f / static_cast<float>(rc.texHeight);
     if (header.biBitCount == 32) {
-        const std::uint8_t* top = rc.texRow0 + static_cast<std::ptrdiff_t>(rc.texMaxY) * rc.texPitch;
+        const std::uint8_t* top =
+            rc.texRow0 + static_cast<std::ptrdiff_t>(rc.texMaxY) * rc.texPitch;
         rc.texels.top = reinterpret_cast<const std::uint32_t*>(top);
         rc.texels.pitch = -rc.texPitch / 4;
     } else {
