@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <istream>
 #include <limits>
 #include <map>
@@ -76,71 +77,12 @@ struct Part {
     bool missingNormals = false;
 };
 
-// Lines and points: the streaming parser skips them, so the stream buffer notes them as the
-// text passes, with the number of vertices before each for relative indices.
+// Lines and points: the streaming parser skips them, so they are noted as the text passes,
+// with the number of vertices before each for relative indices.
 struct MarkLine {
     bool points;
     std::int64_t verticesBefore;
     std::string text;
-};
-
-class MarkTap final : public StreamBuffer {
-public:
-    using StreamBuffer::StreamBuffer;
-    std::vector<MarkLine>& Marks() {
-        if (state_ == State::Collect) marks_.push_back(std::move(current_));
-        state_ = State::Start;
-        return marks_;
-    }
-
-protected:
-    void Inspect(const char* d, std::size_t n) override {
-        std::size_t i = 0;
-        while (i < n) {
-            switch (state_) {
-            case State::Skip:
-            case State::Collect: {
-                const auto* nl = static_cast<const char*>(std::memchr(d + i, '\n', n - i));
-                const std::size_t end = nl != nullptr ? static_cast<std::size_t>(nl - d) : n;
-                if (state_ == State::Collect) current_.text.append(d + i, end - i);
-                i = end;
-                if (nl == nullptr) break;
-                ++i;
-                if (state_ == State::Collect) marks_.push_back(std::move(current_));
-                state_ = State::Start;
-                break;
-            }
-            case State::Start: {
-                const char c = d[i++];
-                if (c == ' ' || c == '\t' || c == '\r' || c == '\n') break;
-                state_ = c == 'v'   ? State::AfterV
-                         : c == 'l' ? State::AfterL
-                         : c == 'p' ? State::AfterP
-                                    : State::Skip;
-                break;
-            }
-            default: {
-                const char c = d[i++];
-                const bool blank = c == ' ' || c == '\t';
-                if (blank && state_ == State::AfterV) ++vertices_;
-                if (blank && state_ != State::AfterV) {
-                    current_ = MarkLine{state_ == State::AfterP, vertices_, {}};
-                    state_ = State::Collect;
-                } else {
-                    state_ = c == '\n' ? State::Start : State::Skip;
-                }
-                break;
-            }
-            }
-        }
-    }
-
-private:
-    enum class State { Start, AfterV, AfterL, AfterP, Skip, Collect };
-    State state_ = State::Start;
-    std::int64_t vertices_ = 0;
-    MarkLine current_;
-    std::vector<MarkLine> marks_;
 };
 
 // MTL files beside the model, read through the host's streams.
@@ -172,6 +114,15 @@ public:
 
     bool Read(q5_STREAM& stream, std::string& error);
 
+    void Vertex(float x, float y, float z) { positions_.insert(positions_.end(), {x, y, z}); }
+    void Normal(float x, float y, float z) { normals_.insert(normals_.end(), {x, y, z}); }
+    void Uv(float s, float t) { uvs_.insert(uvs_.end(), {s, t}); }
+    void Face(const tinyobj::index_t* indices, int count);
+    void Mark(bool points, const char* text, std::size_t size) {
+        marks_.push_back({points, static_cast<std::int64_t>(positions_.size() / 3),
+                          std::string(text, size)});
+    }
+
 private:
     Part& Current() {
         if (current_ < 0) {
@@ -182,7 +133,6 @@ private:
         return *parts_[static_cast<std::size_t>(current_)];
     }
     void UseMaterial(int material);
-    void Face(const tinyobj::index_t* indices, int count);
     void Finish(const std::vector<MarkLine>& marks);
     void AddMarks(const std::vector<MarkLine>& marks);
     std::size_t SceneMaterial(int material);
@@ -197,6 +147,7 @@ private:
     std::vector<float> positions_, normals_, uvs_;
     std::vector<Direct> direct_; // by position: the first vertex made of it
     std::vector<tinyobj::material_t> materials_;
+    std::vector<MarkLine> marks_;
     std::vector<std::unique_ptr<Part>> parts_;
     std::map<int, int> byMaterial_;
     std::map<int, std::size_t> sceneMaterials_;
@@ -376,27 +327,213 @@ void ObjReader::Finish(const std::vector<MarkLine>& marks) {
         builder_.Warn(std::to_string(badFaces_) + " faces with missing vertices left out");
 }
 
+// tinyobjloader's line reader takes each character through a string, which dominated loading
+// large models: the plain forms of vertex, normal, texture-coordinate and face lines are read
+// here as each block arrives, lines and points noted, and every other line goes on to
+// tinyobjloader. It finishes a line before asking for the next, so calls keep the file's order.
+class ObjFeed final : public std::streambuf {
+public:
+    ObjFeed(q5_STREAM& stream, ObjReader& reader)
+        : stream_(stream), reader_(reader), buffer_(kBlockBytes) {}
+    // What a call to the reader threw, which the parser's stream would otherwise swallow.
+    void Rethrow() const {
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
+protected:
+    int_type underflow() override;
+
+private:
+    static constexpr std::size_t kBlockBytes = 1 << 18;
+    static bool Blank(char c) { return c == ' ' || c == '\t'; }
+    static bool Digit(char c) { return static_cast<unsigned>(c - '0') < 10; }
+    static const char* SkipBlanks(const char* p, const char* end) {
+        while (p < end && Blank(*p)) ++p;
+        return p;
+    }
+    bool Refill();
+    bool TakeLine(const char* p, const char* end);
+    static const char* Number(const char* p, const char* end, float& out);
+    static const char* Index(const char* p, const char* end, int& out);
+    // Up to `most` numbers to the end of the line; how many, or -1 when the line is not plain.
+    static int Numbers(const char* p, const char* end, float* out, int most);
+    bool TakeFace(const char* p, const char* end);
+
+    q5_STREAM& stream_;
+    ObjReader& reader_;
+    std::vector<char> buffer_;
+    std::size_t begin_ = 0, end_ = 0; // the text not yet taken
+    bool atEnd_ = false;
+    std::exception_ptr failure_;
+};
+
+bool ObjFeed::Refill() {
+    if (atEnd_) return false;
+    std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+    end_ -= begin_;
+    begin_ = 0;
+    if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size()); // a very long line
+    const std::int64_t n =
+        stream_.Read(buffer_.data() + end_, static_cast<std::int64_t>(buffer_.size() - end_));
+    if (n <= 0) {
+        atEnd_ = true;
+        return false;
+    }
+    end_ += static_cast<std::size_t>(n);
+    return true;
+}
+
+// [+-]digits[.digits], at most 7 decimals, to the float tinyobjloader makes of it: the same
+// operations in the same order.
+inline const char* ObjFeed::Number(const char* p, const char* end, float& out) {
+    static constexpr double kTenths[] = {1.0,    0.1,     0.01,     0.001,
+                                         0.0001, 0.00001, 0.000001, 0.0000001};
+    bool negative = false;
+    if (p < end && (*p == '-' || *p == '+')) negative = *p++ == '-';
+    if (p == end || !Digit(*p)) return nullptr;
+    double mantissa = 0.0;
+    while (p < end && Digit(*p)) {
+        mantissa *= 10;
+        mantissa += static_cast<int>(*p++ - '0');
+    }
+    if (p < end && *p == '.') {
+        ++p;
+        for (int read = 1; p < end && Digit(*p); ++read) {
+            if (read == 8) return nullptr;
+            mantissa += static_cast<int>(*p++ - '0') * kTenths[read];
+        }
+    }
+    if (p < end && !Blank(*p)) return nullptr;
+    out = static_cast<float>((negative ? -1 : 1) * mantissa);
+    return p;
+}
+
+// -?digits, at most 9 of them.
+inline const char* ObjFeed::Index(const char* p, const char* end, int& out) {
+    const bool negative = p < end && *p == '-';
+    if (negative) ++p;
+    const char* first = p;
+    int value = 0;
+    while (p < end && Digit(*p)) value = value * 10 + (*p++ - '0');
+    if (p == first || p - first > 9) return nullptr;
+    out = negative ? -value : value;
+    return p;
+}
+
+int ObjFeed::Numbers(const char* p, const char* end, float* out, int most) {
+    int count = 0;
+    for (p = SkipBlanks(p, end); p < end; p = SkipBlanks(p, end)) {
+        if (count == most || (p = Number(p, end, out[count])) == nullptr) return -1;
+        ++count;
+    }
+    return count;
+}
+
+bool ObjFeed::TakeFace(const char* p, const char* end) {
+    constexpr int kMostCorners = 64;
+    tinyobj::index_t corners[kMostCorners];
+    int count = 0;
+    for (p = SkipBlanks(p, end); p < end; p = SkipBlanks(p, end)) {
+        if (count == kMostCorners) return false;
+        tinyobj::index_t& c = corners[count++];
+        c = {0, 0, 0};
+        if ((p = Index(p, end, c.vertex_index)) == nullptr) return false;
+        if (p < end && *p == '/') {
+            ++p;
+            if (p < end && *p != '/' && (p = Index(p, end, c.texcoord_index)) == nullptr)
+                return false;
+            if (p < end && *p == '/' && (p = Index(p + 1, end, c.normal_index)) == nullptr)
+                return false;
+        }
+        if (p < end && !Blank(*p)) return false;
+    }
+    if (count > 0) reader_.Face(corners, count);
+    return true;
+}
+
+// Takes the line [p, end), without its line break, when it is one of the plain forms.
+bool ObjFeed::TakeLine(const char* p, const char* end) {
+    p = SkipBlanks(p, end);
+    if (p == end || *p == '#') return true;
+    const char c = *p;
+    const std::size_t left = static_cast<std::size_t>(end - p);
+    float n[4];
+    if (c == 'v' && left > 1 && Blank(p[1])) {
+        const int count = Numbers(p + 2, end, n, 4);
+        if (count < 3) return false;
+        reader_.Vertex(n[0], n[1], n[2]);
+        return true;
+    }
+    if (c == 'v' && left > 2 && (p[1] == 'n' || p[1] == 't') && Blank(p[2])) {
+        const int count = Numbers(p + 3, end, n, 3);
+        if (p[1] == 'n' && count == 3) reader_.Normal(n[0], n[1], n[2]);
+        else if (p[1] == 't' && count >= 2) reader_.Uv(n[0], n[1]);
+        else return false;
+        return true;
+    }
+    if (c == 'f' && left > 1 && Blank(p[1])) return TakeFace(p + 2, end);
+    if ((c == 'l' || c == 'p') && left > 1 && Blank(p[1])) {
+        reader_.Mark(c == 'p', p + 2, left - 2);
+        return true;
+    }
+    return false;
+}
+
+ObjFeed::int_type ObjFeed::underflow() {
+    if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+    try {
+        for (;;) {
+            char* const text = buffer_.data();
+            const auto* newline =
+                static_cast<char*>(std::memchr(text + begin_, '\n', end_ - begin_));
+            if (newline == nullptr && Refill()) continue;
+            if (newline == nullptr && begin_ == end_) return traits_type::eof();
+            char* const start = text + begin_;
+            const std::size_t stop = newline != nullptr ? newline - text : end_; // the break
+            const std::size_t next = newline != nullptr ? stop + 1 : end_;
+            const std::size_t length = stop > begin_ && text[stop - 1] == '\r'
+                                           ? stop - begin_ - 1
+                                           : stop - begin_;
+            if (TakeLine(start, start + length)) {
+                begin_ = next;
+                continue;
+            }
+            // The parser ends a line at a lone carriage return too: so does this line here.
+            char* line = start;
+            char* const limit = text + next;
+            auto* cr = static_cast<char*>(std::memchr(line, '\r', limit - line));
+            char* last = limit;
+            if (cr != nullptr && cr + 1 < limit && cr[1] != '\n') {
+                *cr = '\n';
+                last = cr + 1;
+            }
+            begin_ = static_cast<std::size_t>(last - text);
+            setg(line, line, last);
+            return traits_type::to_int_type(*gptr());
+        }
+    } catch (...) {
+        failure_ = std::current_exception();
+        return traits_type::eof();
+    }
+}
+
 bool ObjReader::Read(q5_STREAM& stream, std::string& error) {
     stream.Reset();
     if (stream.Seek(0, 0) != 0) {
         error = "cannot read the file";
         return false;
     }
-    MarkTap tap(stream);
-    std::istream in(&tap);
+    ObjFeed feed(stream, *this);
+    std::istream in(&feed);
+    // Lines of forms the feed leaves to the parser still come through these.
     tinyobj::callback_t calls;
     calls.vertex_cb = [](void* self, tinyobj::real_t x, tinyobj::real_t y, tinyobj::real_t z,
-                         tinyobj::real_t) {
-        auto& p = static_cast<ObjReader*>(self)->positions_;
-        p.insert(p.end(), {x, y, z});
-    };
+                         tinyobj::real_t) { static_cast<ObjReader*>(self)->Vertex(x, y, z); };
     calls.normal_cb = [](void* self, tinyobj::real_t x, tinyobj::real_t y, tinyobj::real_t z) {
-        auto& n = static_cast<ObjReader*>(self)->normals_;
-        n.insert(n.end(), {x, y, z});
+        static_cast<ObjReader*>(self)->Normal(x, y, z);
     };
     calls.texcoord_cb = [](void* self, tinyobj::real_t s, tinyobj::real_t t, tinyobj::real_t) {
-        auto& uv = static_cast<ObjReader*>(self)->uvs_;
-        uv.insert(uv.end(), {s, t});
+        static_cast<ObjReader*>(self)->Uv(s, t);
     };
     calls.index_cb = [](void* self, tinyobj::index_t* indices, int count) {
         static_cast<ObjReader*>(self)->Face(indices, count);
@@ -410,6 +547,7 @@ bool ObjReader::Read(q5_STREAM& stream, std::string& error) {
     MaterialLibraries libraries(builder_);
     std::string warn, err;
     const bool parsed = tinyobj::LoadObjWithCallback(in, calls, this, &libraries, &warn, &err);
+    feed.Rethrow();
     if (!parsed) {
         error = err.empty() ? "not an OBJ file" : err.substr(0, err.find('\n'));
         return false;
@@ -417,7 +555,7 @@ bool ObjReader::Read(q5_STREAM& stream, std::string& error) {
     std::vector<float>().swap(normals_);
     std::vector<float>().swap(uvs_);
     std::vector<Direct>().swap(direct_);
-    Finish(tap.Marks());
+    Finish(marks_);
     return true;
 }
 

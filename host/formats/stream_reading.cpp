@@ -36,7 +36,6 @@ StreamBuffer::int_type StreamBuffer::underflow() {
     if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
     const std::int64_t n = stream_.Read(block_.data(), static_cast<std::int64_t>(block_.size()));
     if (n <= 0) return traits_type::eof();
-    Inspect(block_.data(), static_cast<std::size_t>(n));
     setg(block_.data(), block_.data(), block_.data() + n);
     return traits_type::to_int_type(*gptr());
 }

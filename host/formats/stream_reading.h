@@ -29,8 +29,6 @@ public:
 
 protected:
     int_type underflow() override;
-    // Sees every block before the parser does.
-    virtual void Inspect(const char*, std::size_t) {}
 
 private:
     static constexpr std::size_t kBlockBytes = 1 << 16;

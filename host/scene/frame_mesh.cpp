@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "core/services/portable_math.h"
 #include "host/view/camera.h"
 #include "host/view/view_volume.h"
 #include "interface/view.h"
@@ -10,7 +11,8 @@
 namespace {
 
 std::uint8_t Byte(float c) {
-    return static_cast<std::uint8_t>(std::lround(c * 255.0f));
+    const float x = c * 255.0f;
+    return static_cast<std::uint8_t>(std::fabs(x) < 1.0e9f ? q5math::Round(x) : std::lround(x));
 }
 
 q5_VERTEXCOLOUR VertexColour(const Rgb& c) {
@@ -108,16 +110,17 @@ void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
     const bool textured = material.driver.textures[kSlotDiffuse] != nullptr;
     const Rgb base = textured ? Rgb{1, 1, 1} : material.colour;
     const POINT3D& eye = camera.Eye();
+    const Lighting::Toward toward = lighting.Directions();
     primary_.resize(worldPositions.size());
     secondary_.resize(worldPositions.size());
     for (std::size_t i = 0; i < worldPositions.size(); ++i) {
         const POINT3D& p = worldPositions[i];
         const POINT3D toEye = Unit(POINT3D(eye.x - p.x, eye.y - p.y, eye.z - p.z));
         const POINT3D& n = worldNormals[i];
-        primary_[i] =
-            VertexColour(lighting.Shade(n, toEye, base, material.specular, material.shininess));
-        const Rgb back = lighting.Shade(POINT3D(-n.x, -n.y, -n.z), toEye, base, material.specular,
-                                        material.shininess);
+        primary_[i] = VertexColour(
+            lighting.Shade(toward, n, toEye, base, material.specular, material.shininess));
+        const Rgb back = lighting.Shade(toward, POINT3D(-n.x, -n.y, -n.z), toEye, base,
+                                        material.specular, material.shininess);
         secondary_[i] = Colour6(Byte(back.red), Byte(back.green), Byte(back.blue));
     }
     faceColours_.assign(faces_.size(), Colour6(Byte(base.red), Byte(base.green), Byte(base.blue)));

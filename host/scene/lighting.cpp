@@ -5,13 +5,26 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+
+Lighting::Toward Lighting::Directions() const {
+    Toward toward;
+    for (auto [light, to] : {std::pair{&key, &toward.key}, std::pair{&fill, &toward.fill}}) {
+        *to = POINT3D(-light->direction.x, -light->direction.y, -light->direction.z);
+        to->Normalize();
+    }
+    return toward;
+}
 
 Rgb Lighting::Shade(const POINT3D& n, const POINT3D& toEye, const Rgb& base, float specular,
                     float shininess) const {
+    return Shade(Directions(), n, toEye, base, specular, shininess);
+}
+
+Rgb Lighting::Shade(const Toward& toward, const POINT3D& n, const POINT3D& toEye, const Rgb& base,
+                    float specular, float shininess) const {
     Rgb diffuse = ambient, highlight;
-    for (const DirectionalLight* light : {&key, &fill}) {
-        POINT3D toLight(-light->direction.x, -light->direction.y, -light->direction.z);
-        toLight.Normalize();
+    for (auto [light, toLight] : {std::pair{&key, toward.key}, std::pair{&fill, toward.fill}}) {
         const float lambert = Dot(n, toLight);
         if (lambert <= 0) continue;
         diffuse.red += lambert * light->colour.red;

@@ -22,4 +22,13 @@ struct Lighting {
     // Channels are 0..1 and clamped.
     Rgb Shade(const POINT3D& n, const POINT3D& toEye, const Rgb& base, float specular,
               float shininess) const;
+
+    // Unit directions toward the key and the fill light.
+    struct Toward {
+        POINT3D key, fill;
+    };
+    Toward Directions() const;
+    // Shade with the directions made once for many vertices; the same result.
+    Rgb Shade(const Toward& toward, const POINT3D& n, const POINT3D& toEye, const Rgb& base,
+              float specular, float shininess) const;
 };

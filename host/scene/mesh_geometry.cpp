@@ -54,10 +54,12 @@ void MeshGeometry::ComputeNormals() {
 
 bool MeshGeometry::IsClosed() const {
     if (triangles.empty()) return false;
+    // Each position is a corner of several triangles: its key is made once.
+    std::vector<std::uint64_t> keys(positions.size());
+    for (std::size_t i = 0; i < positions.size(); ++i) keys[i] = PositionKey(positions[i]);
     std::uint64_t sum = 0;
     for (const Triangle& t : triangles) {
-        const std::uint64_t k[3] = {PositionKey(positions[t.v[0]]), PositionKey(positions[t.v[1]]),
-                                    PositionKey(positions[t.v[2]])};
+        const std::uint64_t k[3] = {keys[t.v[0]], keys[t.v[1]], keys[t.v[2]]};
         for (int e = 0; e < 3; ++e) {
             const std::uint64_t a = k[e], b = k[(e + 1) % 3];
             sum += Mix(a, b) - Mix(b, a);

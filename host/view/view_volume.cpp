@@ -62,8 +62,8 @@ ScreenPosition ViewVolume::Project(double x, double y, double z) const {
     const double py = std::clamp(0.5 * height * (1.0 - y / (z * tanHalfY)), -kLimit, kLimit);
     const double depth = std::clamp(DepthScale() * NdcDepth(z) + DepthOffset(), 0.0, kDepthRange);
     ScreenPosition p;
-    p.x = static_cast<std::int32_t>(std::lround(px * kScreenSubpixels));
-    p.y = static_cast<std::int32_t>(std::lround(py * kScreenSubpixels));
-    p.z = static_cast<std::int32_t>(std::lround(depth));
+    p.x = static_cast<std::int32_t>(q5math::Round(px * kScreenSubpixels));
+    p.y = static_cast<std::int32_t>(q5math::Round(py * kScreenSubpixels));
+    p.z = static_cast<std::int32_t>(q5math::Round(depth));
     return p;
 }

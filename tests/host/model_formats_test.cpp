@@ -278,3 +278,69 @@ TEST(ModelFormats, TruncatedAndCorruptedCopiesAreRefusedCleanly) {
         }
     }
 }
+
+// The common OBJ lines are read outside tinyobjloader: the same text in forms left to it (extra
+// numbers it ignores, a '+' on an index) must give the same bits, with materials in order,
+// across CR LF and lone CR line ends.
+TEST(ModelFormats, PlainObjLinesReadAsTheParserReadsThem) {
+    ModelHost h;
+    Write("feed.mtl", "newmtl a\nKd 1 0 0\nnewmtl b\nKd 0 1 0\n");
+    std::uint32_t seed = 777;
+    const auto next = [&seed] { return (seed = seed * 1664525u + 1013904223u) >> 8; };
+    const auto number = [&] {
+        std::string s = next() % 3 == 0 ? "-" : next() % 4 == 0 ? "+" : "";
+        s += std::to_string(next() % 5 == 0 ? 123456789012ull + next() : next() % 100);
+        if (next() % 4 != 0) s += "." + std::to_string(next()).substr(0, 1 + next() % 7);
+        return s;
+    };
+    const char* ends[] = {"\n", "\r\n", "\r", "\n"};
+    std::string plain = "mtllib feed.mtl\n", left = plain;
+    const auto line = [&](const std::string& a, const std::string& b) {
+        const char* end = ends[next() % 4];
+        plain += a + end;
+        left += b + end;
+    };
+    for (int i = 0; i < 30; ++i) {
+        const std::string v = "v " + number() + " " + number() + "\t" + number();
+        line(v, v + " 1 2");
+        const std::string n = "vn " + number() + " " + number() + " " + number();
+        line(n, n + " 0");
+        const std::string t = "vt " + number() + " " + number();
+        line(t, t + " 0 0");
+    }
+    for (int i = 0; i < 40; ++i) {
+        if (i % 7 == 0) line(i % 2 ? "usemtl a" : "usemtl b", i % 2 ? "usemtl a" : "usemtl b");
+        const int a = 1 + next() % 30, b = 1 + next() % 30, c = -1 - next() % 30;
+        const std::string forms[] = {"%/%/%", "%//%", "%/%", "%"};
+        const std::string& form = forms[i % 4];
+        std::string face = "f", faceLeft = "f";
+        for (int corner : {a, b, c}) {
+            std::string text;
+            for (char ch : form) text += ch == '%' ? std::to_string(corner) : std::string(1, ch);
+            faceLeft += (corner == a ? " +" : " ") + text;
+            face += " " + text;
+        }
+        line(face, faceLeft);
+        if (i % 10 == 0) line("l 1 2 -1", "l 1 2 -1");
+    }
+    Loaded p, l;
+    Load(Write("feed_plain.obj", plain), p);
+    Load(Write("feed_left.obj", left), l);
+    ASSERT_TRUE(p.ok) << p.error;
+    ASSERT_TRUE(l.ok) << l.error;
+    ASSERT_EQ(p.scene.Objects().size(), l.scene.Objects().size());
+    EXPECT_GE(p.scene.Objects().size(), 3u); // two materials and the lines
+    const auto bytes = [](const auto& v) {
+        return std::string(reinterpret_cast<const char*>(v.data()), v.size() * sizeof v[0]);
+    };
+    for (std::size_t i = 0; i < p.scene.Objects().size(); ++i) {
+        const SceneObject& a = p.scene.Objects()[i];
+        const SceneObject& b = l.scene.Objects()[i];
+        EXPECT_EQ(a.name, b.name);
+        EXPECT_EQ(bytes(a.geometry.positions), bytes(b.geometry.positions)) << a.name;
+        EXPECT_EQ(bytes(a.geometry.normals), bytes(b.geometry.normals)) << a.name;
+        EXPECT_EQ(bytes(a.geometry.uvs), bytes(b.geometry.uvs)) << a.name;
+        EXPECT_EQ(a.geometry.triangles.size(), b.geometry.triangles.size()) << a.name;
+        EXPECT_EQ(bytes(a.geometry.segments), bytes(b.geometry.segments)) << a.name;
+    }
+}
