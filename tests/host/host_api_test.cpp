@@ -33,17 +33,6 @@ struct LoadedHost {
 
 } // namespace
 
-TEST(HostModule, InitRegistersTheDriverUnderItsLocalizedDisplayName) {
-    LoadedHost h;
-    ASSERT_TRUE(h.module.Loaded()) << h.module.Error();
-    ASSERT_EQ(h.host.Registrations().size(), 1u);
-    const HostAPI::Registration& r = h.host.Registrations()[0];
-    EXPECT_EQ(r.name, "Tessera K (Z Buffer)");
-    EXPECT_EQ(r.flags, 272u);
-    // String 9 of the module's own "LNG" table.
-    EXPECT_EQ(r.displayName, u"Software Z-Buffer");
-}
-
 TEST(HostModule, DriverReadsSettingsThroughTheStoreAndItsOverrides) {
     LoadedHost h;
     ASSERT_TRUE(h.module.Loaded()) << h.module.Error();

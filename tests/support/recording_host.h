@@ -57,12 +57,10 @@ public:
     std::vector<std::string> driverRequests;
     std::vector<Report<std::string>> narrowReports;
     std::vector<Report<std::u16string>> wideReports;
-    std::vector<std::u16string> resolveRequests;
     std::vector<TitledReport> titledReports;
     std::vector<Q5RESULT> errorCodes;
     std::vector<std::int32_t> setIconIndices;
     std::vector<std::tuple<std::string, std::int32_t, void*>> helpRequests;
-    std::vector<std::pair<std::uint64_t, q5_HWND>> localizedDialogs;
 
     RecordingHost() = default;
     RecordingHost(const RecordingHost&) = delete;
@@ -107,16 +105,14 @@ public:
     void ShowHelp(const char* topic, std::int32_t zero, void* argument) override {
         helpRequests.emplace_back(Text(topic), zero, argument);
     }
-    void LocalizeDialog(std::uint64_t table, q5_HWND dialog, std::intptr_t) override {
-        localizedDialogs.emplace_back(table, dialog);
-    }
+    void LocalizeDialog(std::uint64_t, q5_HWND, std::intptr_t) override {}
     q5_PROPERTYSHEET* CreatePropertySheet(q5_HWND parent, std::int32_t) override {
         return createSheet ? createSheet(parent) : nullptr;
     }
 
     bool ResolveFileName(const q5_WCHAR* name, q5_WCHAR* out, std::int32_t outSize,
                          q5_FILETIME* time) override {
-        const std::u16string key = resolveRequests.emplace_back(Text(name));
+        const std::u16string key = Text(name);
         if (!resolvedNames.contains(key) || !CopyOut(resolvedNames[key].first, out, outSize))
             return false;
         if (time != nullptr) *time = resolvedNames[key].second;
@@ -160,8 +156,6 @@ public:
         if (placement_ != nullptr) placement_->DeleteAll();
         return placement_;
     }
-    // What the last configuration file placed; null before any.
-    q5_COLLECTION* Placement() const { return placement_; }
 
 private:
     q5_COLLECTION* placement_ = nullptr;

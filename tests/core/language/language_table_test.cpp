@@ -15,11 +15,6 @@ namespace {
 
 constexpr const q5_WCHAR* kDefault = u"(default)";
 
-// The host's record of a plug-in; its address is the plug-in's table handle.
-struct Record final : FakePluginRecord {
-    explicit Record(const q5_WCHAR* n) : FakePluginRecord(n) {}
-};
-
 // A table parsed from the bytes of a file; the table keeps its own copy of the text.
 std::unique_ptr<q5_LANGUAGETABLE> Parse(std::string bytes, q5_PLUGINRECORD* owner = nullptr) {
     q5_STREAM* stream =
@@ -69,7 +64,7 @@ TEST_F(LanguageTable, ErrorStopsTheParseAndNamesItsLine) {
     EXPECT_EQ(At(*table, 2), u"b");
     EXPECT_EQ(At(*table, 4), kDefault);
     for (const char* text : {"\n7= x\"\n", "1=\"ab\r\n\"\n"}) Parse(text);
-    Record record(u"ZB");
+    FakePluginRecord record(u"ZB");
     Parse("1 x", &record);
     ASSERT_EQ(host_.titledReports.size(), 4u);
     EXPECT_EQ(host_.titledReports[0].title, u"Main language file parse error");
@@ -115,7 +110,8 @@ TEST_F(LanguageTable, HandlesSelectTheTableAndItsFallbacks) {
     EXPECT_EQ(std::u16string(q5LGetString(0, 8)), u"Corvane Systems, Inc");
     EXPECT_EQ(std::u16string(q5LGetStringEx(0, 99, kDefault)), kDefault);
     EXPECT_EQ(q5OpenStringTable(module_), 0u); // the host has no record yet
-    Record own(u"ZB"), bare(u"bare");
+    // A record's address is its plug-in's table handle.
+    FakePluginRecord own(u"ZB"), bare(u"bare");
     host_.pluginRecords[module_] = &own;
     EXPECT_EQ(q5OpenStringTable(module_), own.Handle());
     EXPECT_EQ(std::u16string(q5LGetString(own.Handle(), 9)), u"Software Z-Buffer");

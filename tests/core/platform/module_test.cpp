@@ -3,19 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <filesystem>
 #include <string>
+
+#include "support/module_loader.h"
 
 namespace {
 
-#if defined(_WIN32)
-constexpr const char* kModulePath = "tessera_zb.dll";
-constexpr const q5_WCHAR* kModulePathW = u"tessera_zb.dll";
-constexpr const char* kModuleFile = "tessera_zb.dll";
-#else
-constexpr const char* kModulePath = "./tessera_zb.so";
-constexpr const q5_WCHAR* kModulePathW = u"./tessera_zb.so";
-constexpr const char* kModuleFile = "tessera_zb.so";
-#endif
+const std::string kModuleFile = std::filesystem::path(kModuleFileName).filename().string();
+const std::u16string kModulePathW(kModuleFileName, kModuleFileName + std::strlen(kModuleFileName));
 
 // The module's English string table, byte for byte.
 constexpr char kEnglishTable[] =
@@ -42,7 +39,7 @@ std::string Bytes(const q5plat::ResourceView& view) {
 class PluginModule : public ::testing::Test {
 protected:
     void SetUp() override {
-        module_ = q5plat::LoadLibraryA(kModulePath, q5plat::kLoadAlteredSearchPath);
+        module_ = q5plat::LoadLibraryA(kModuleFileName, q5plat::kLoadAlteredSearchPath);
         ASSERT_NE(module_, nullptr) << "the test runs beside " << kModuleFile;
     }
     void TearDown() override { EXPECT_TRUE(module_ == nullptr || q5plat::FreeLibrary(module_)); }
@@ -53,12 +50,12 @@ TEST_F(PluginModule, LoadsOnceFindsItsEntryPointAndIsKnownByItsFileName) {
     EXPECT_NE(q5plat::GetProcAddress(module_, "Q5DLLFunc"), nullptr);
     EXPECT_EQ(q5plat::GetProcAddress(module_, "Q5DLLFuncMissing"), nullptr);
     // Wide and in-context loads give the same module.
-    for (q5_HINSTANCE again : {q5plat::LoadLibraryW(kModulePathW, 0),
-                               q5plat::LoadLibraryWithModuleContext(kModulePath, module_)}) {
+    for (q5_HINSTANCE again : {q5plat::LoadLibraryW(kModulePathW.c_str(), 0),
+                               q5plat::LoadLibraryWithModuleContext(kModuleFileName, module_)}) {
         EXPECT_EQ(again, module_);
         if (again != nullptr) q5plat::FreeLibrary(again);
     }
-    EXPECT_TRUE(q5plat::IsLibraryLoaded(kModuleFile));
+    EXPECT_TRUE(q5plat::IsLibraryLoaded(kModuleFile.c_str()));
     EXPECT_FALSE(q5plat::IsLibraryLoaded("tessera_no_such_module.dll"));
     EXPECT_EQ(q5plat::LoadLibraryW(u"tessera_no_such_module.dll", 0), nullptr);
 }
