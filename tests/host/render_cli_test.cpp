@@ -63,7 +63,11 @@ std::string RenderProgram() {
 // On POSIX `shellPrefix` runs in the same shell first, such as a "ulimit".
 Outcome Render(const std::string& args, const std::string& shellPrefix = "") {
     fs::create_directories(kOut);
-    const fs::path out = OwnFile("stdout"), err = OwnFile("stderr");
+    // Files of their own for each run: under Wine a program that has just ended may still hold
+    // its redirections for a moment, and the next run's shell cannot open them then.
+    static int runs = 0;
+    const std::string run = std::to_string(++runs);
+    const fs::path out = OwnFile("stdout" + run), err = OwnFile("stderr" + run);
     const std::string redirect = " > " + out.string() + " 2> " + err.string();
     Outcome r;
 #if defined(_WIN32)
@@ -72,7 +76,7 @@ Outcome Render(const std::string& args, const std::string& shellPrefix = "") {
     (void)shellPrefix;
     r.exit = std::system(("\"\"" + RenderProgram() + "\" " + args + redirect + "\"").c_str());
 #else
-    const fs::path code = OwnFile("exit");
+    const fs::path code = OwnFile("exit" + run);
     const std::string command =
         shellPrefix + "\"" TESSERA_RENDER "\" " + args + redirect + "; echo $? > " + code.string();
     if (std::system(command.c_str()) != 0) return r;
