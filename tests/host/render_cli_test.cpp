@@ -30,6 +30,7 @@ const fs::path kOut = "render_cli_out";
 struct Outcome {
     int exit = -1;
     std::string err;
+    fs::path outFile; // what the program wrote to standard output
 };
 
 std::string Slurp(const fs::path& p) {
@@ -70,6 +71,7 @@ Outcome Render(const std::string& args, const std::string& shellPrefix = "") {
     const fs::path out = OwnFile("stdout" + run), err = OwnFile("stderr" + run);
     const std::string redirect = " > " + out.string() + " 2> " + err.string();
     Outcome r;
+    r.outFile = out;
 #if defined(_WIN32)
     // The command interpreter drops the outermost quotes of the line, hence the extra pair;
     // its exit code is the program's.
@@ -221,15 +223,17 @@ TEST(RenderOutput, StandardOutputIsWrittenThrough) {
         const char* args;
         int pictures;
     } toStandardOutput[] = {{"-o -", 1}, {"--frames 3 -o -", 3}};
+    fs::path last;
     for (const auto& c : toStandardOutput) {
         const Outcome r = Render(std::string("--scene cube --size 24x24 ") + c.args);
         ASSERT_EQ(r.exit, 0) << c.args << ": " << r.err;
-        EXPECT_EQ(PngCount(Slurp(OwnFile("stdout"))), c.pictures) << c.args;
+        EXPECT_EQ(PngCount(Slurp(r.outFile)), c.pictures) << c.args;
         EXPECT_FALSE(fs::exists("-"));
+        last = r.outFile;
     }
     Image image;
     std::string error;
-    ASSERT_TRUE(ReadPng(OwnFile("stdout").string(), image, error)) << error;
+    ASSERT_TRUE(ReadPng(last.string(), image, error)) << error;
     EXPECT_EQ(image.width, 24);
 }
 
@@ -321,7 +325,7 @@ TEST(RenderInformation, VersionVerboseAndQuiet) {
     for (const auto& c : cases) {
         const Outcome r = Render(c.args);
         EXPECT_EQ(r.exit, 0) << c.args << ": " << r.err;
-        std::string out = Slurp(OwnFile("stdout"));
+        std::string out = Slurp(r.outFile);
         // Text on Windows ends its lines in "\r\n".
         out.erase(std::remove(out.begin(), out.end(), '\r'), out.end());
         EXPECT_EQ(out, c.out) << c.args;
@@ -410,7 +414,7 @@ TEST(RenderOptions, SetEditsThePageWhichIsPrintedAppliedAndSaved) {
     ASSERT_EQ(r.exit, 0) << r.err;
     EXPECT_EQ(text(r.err), "tessera-render: warning: --set Render\\ZB\\Use2Thread: the control "
                            "is disabled; left as it is\n");
-    EXPECT_EQ(text(Slurp(OwnFile("stdout"))),
+    EXPECT_EQ(text(Slurp(r.outFile)),
               "2114 check \"Use second processor\" unchecked disabled\n"
               "2115 check \"Refine static geometry\" unchecked enabled\n"
               "2116 check \"High quality render if triangles number less than:\" checked enabled\n"
@@ -425,7 +429,7 @@ TEST(RenderOptions, SetEditsThePageWhichIsPrintedAppliedAndSaved) {
     // Cancelled: printed, nothing saved; a value a check box does not take stops before the page.
     r = Render("--options=cancel --set \"Render\\ZB\\HQ=0\"" + file);
     EXPECT_EQ(r.exit, 0) << r.err;
-    const std::string out = text(Slurp(OwnFile("stdout")));
+    const std::string out = text(Slurp(r.outFile));
     EXPECT_NE(out.find("2116 check \"High quality render if triangles number less than:\" unchecked"),
               std::string::npos) << out;
     EXPECT_EQ(out.substr(out.size() - 18), "options cancelled\n");
