@@ -8,13 +8,7 @@
 namespace {
 
 std::string Escaped(const std::u16string& text) {
-    std::string utf8;
-    const int n = WidetoUTF8String(text.c_str(), nullptr, 0);
-    if (n > 1) {
-        utf8.resize(static_cast<std::size_t>(n));
-        WidetoUTF8String(text.c_str(), utf8.data(), n);
-        utf8.resize(static_cast<std::size_t>(n - 1));
-    }
+    const std::string utf8 = WideToUtf8(text.c_str());
     std::string out;
     for (char c : utf8) {
         switch (c) {

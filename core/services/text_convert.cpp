@@ -105,3 +105,22 @@ int QueryAtoWBufSize(const char* src) {
 int QueryWtoABufSize(const q5_WCHAR* src) {
     return src == nullptr ? 0 : WideToNarrow(NarrowCodePage(), src, nullptr, 0);
 }
+
+std::u16string Utf8ToWide(const std::string& utf8) {
+    const int n = UTF8toWideString(utf8.c_str(), nullptr, 0);
+    if (n <= 1) return {};
+    std::u16string out(static_cast<std::size_t>(n), u'\0');
+    UTF8toWideString(utf8.c_str(), out.data(), n);
+    out.resize(static_cast<std::size_t>(n - 1));
+    return out;
+}
+
+std::string WideToUtf8(const q5_WCHAR* text) {
+    if (text == nullptr) return {};
+    const int n = WidetoUTF8String(text, nullptr, 0);
+    if (n <= 1) return {};
+    std::string out(static_cast<std::size_t>(n), '\0');
+    WidetoUTF8String(text, out.data(), n);
+    out.resize(static_cast<std::size_t>(n - 1));
+    return out;
+}

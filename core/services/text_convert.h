@@ -1,6 +1,8 @@
 // Conversions between the library's 16-bit text and 8-bit text in the narrow code page or UTF-8.
 #pragma once
 
+#include <string>
+
 #include "interface/types.h"
 
 // The process-wide narrow code page (0: the system's ANSI code page; UTF-8 on POSIX).
@@ -28,3 +30,8 @@ int WidetoUTF8String(const q5_WCHAR* src, char* dst, int size);
 // Elements needed for src in the narrow code page, terminator included; 0 for a null src.
 int QueryAtoWBufSize(const char* src);
 int QueryWtoABufSize(const q5_WCHAR* src);
+
+// Whole texts between UTF-8 and 16-bit units; a null text, or one that does not convert, gives
+// an empty result.
+std::u16string Utf8ToWide(const std::string& utf8);
+std::string WideToUtf8(const q5_WCHAR* text);

@@ -21,15 +21,6 @@ void DestroyIcons(const std::pair<q5_HICON, q5_HICON>& icons) {
     q5plat::DestroyIcon(icons.second);
 }
 
-std::u16string Wide(const std::string& utf8) {
-    const int n = UTF8toWideString(utf8.c_str(), nullptr, 0);
-    if (n <= 1) return {};
-    std::u16string out(static_cast<std::size_t>(n), u'\0');
-    UTF8toWideString(utf8.c_str(), out.data(), n);
-    out.resize(static_cast<std::size_t>(n - 1));
-    return out;
-}
-
 bool CopyOut(const std::u16string& text, q5_WCHAR* out, std::int32_t size) {
     if (out == nullptr || size < 1 || text.size() >= static_cast<std::size_t>(size)) return false;
     text.copy(out, text.size());
@@ -66,7 +57,7 @@ bool HostAPI::LoadLanguage(const std::string& folder) {
     std::string withSeparator = folder;
     if (!withSeparator.empty() && withSeparator.back() != '/' && withSeparator.back() != '\\')
         withSeparator += '/';
-    return InitLanguage(nullptr, Wide(withSeparator).c_str(), u"ENG", u"Tessera");
+    return InitLanguage(nullptr, Utf8ToWide(withSeparator).c_str(), u"ENG", u"Tessera");
 }
 
 HostPlugin* HostAPI::AddPlugin(const std::u16string& path, const std::u16string& name,
@@ -76,13 +67,7 @@ HostPlugin* HostAPI::AddPlugin(const std::u16string& path, const std::u16string&
 }
 
 std::string HostAPI::Utf8(const q5_WCHAR* text) {
-    if (text == nullptr) return {};
-    const int n = WidetoUTF8String(text, nullptr, 0);
-    if (n <= 1) return {};
-    std::string out(static_cast<std::size_t>(n), '\0');
-    WidetoUTF8String(text, out.data(), n);
-    out.resize(static_cast<std::size_t>(n - 1));
-    return out;
+    return WideToUtf8(text);
 }
 
 void HostAPI::Emit(std::int32_t level, const std::string& text) {
@@ -106,7 +91,7 @@ std::uint64_t HostAPI::OpenStringTable(q5_HINSTANCE module) {
     if (module == nullptr) return 0;
     if (RecordOf(module) == nullptr) {
         std::u16string name = u"module";
-        if (module_ != nullptr && module_->Handle() == module) name = Wide(module_->Path());
+        if (module_ != nullptr && module_->Handle() == module) name = Utf8ToWide(module_->Path());
         // The file name alone stays the same wherever the program is installed.
         const std::size_t cut = name.find_last_of(u"/\\");
         std::u16string idText = cut == std::u16string::npos ? name : name.substr(cut + 1);
@@ -191,14 +176,14 @@ bool HostAPI::ResolveFileName(const q5_WCHAR*, q5_WCHAR*, std::int32_t, q5_FILET
 bool HostAPI::GetFolder(std::int32_t kind, q5_WCHAR* out, std::int32_t size) {
     constexpr std::int32_t kApplicationFolder = 1;
     if (kind != kApplicationFolder || programFolder_.empty()) return false;
-    return CopyOut(Wide(programFolder_), out, size);
+    return CopyOut(Utf8ToWide(programFolder_), out, size);
 }
 
 const q5_WCHAR* HostAPI::GetPluginFolder() {
     if (module_ == nullptr) return nullptr;
     const std::string& path = module_->Path();
     const auto cut = path.find_last_of("/\\");
-    pluginFolder_ = Wide(cut == std::string::npos ? std::string(".") : path.substr(0, cut));
+    pluginFolder_ = Utf8ToWide(cut == std::string::npos ? std::string(".") : path.substr(0, cut));
     return pluginFolder_.c_str();
 }
 

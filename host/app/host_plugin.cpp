@@ -15,12 +15,7 @@ constexpr std::uint32_t kStateLoaded = 1;
 constexpr std::uint64_t kInitAccepted = 5;
 
 std::string Utf8(const std::u16string& text) {
-    const int n = WidetoUTF8String(text.c_str(), nullptr, 0);
-    if (n <= 1) return {};
-    std::string out(static_cast<std::size_t>(n), '\0');
-    WidetoUTF8String(text.c_str(), out.data(), n);
-    out.resize(static_cast<std::size_t>(n - 1));
-    return out;
+    return WideToUtf8(text.c_str());
 }
 
 bool IsAbsolute(const std::u16string& path) {

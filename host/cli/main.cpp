@@ -170,14 +170,9 @@ int Run(int argc, char** argv) {
             return Fail("cannot use background image " + options.backgroundImage +
                         ": out of memory");
     }
-    std::u16string label;
-    if (!options.label.empty()) {
-        const int units = UTF8toWideString(options.label.c_str(), nullptr, 0);
-        if (units <= 0) return Fail("--label: the text is not UTF-8", kExitUsage);
-        label.resize(static_cast<std::size_t>(units));
-        UTF8toWideString(options.label.c_str(), label.data(), units);
-        label.resize(static_cast<std::size_t>(units) - 1);
-    }
+    const std::u16string label = Utf8ToWide(options.label);
+    if (label.empty() && !options.label.empty())
+        return Fail("--label: the text is not UTF-8", kExitUsage);
 
     const std::string folder = ProgramFolder();
     host.SetProgramName(kProgram);

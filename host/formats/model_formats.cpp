@@ -61,24 +61,6 @@ const OwnFormat kOwnFormats[] = {
      {0x7E55E001, 0x0B1E, 0x4F00, {0x80, 0x00, 0x47, 0x4C, 0x42, 0x00, 0x00, 0x03}}},
 };
 
-std::u16string Wide(const std::string& utf8) {
-    const int n = UTF8toWideString(utf8.c_str(), nullptr, 0);
-    if (n <= 1) return {};
-    std::u16string out(static_cast<std::size_t>(n), u'\0');
-    UTF8toWideString(utf8.c_str(), out.data(), n);
-    out.resize(static_cast<std::size_t>(n - 1));
-    return out;
-}
-
-std::string Narrow(const q5_WCHAR* text) {
-    if (text == nullptr) return {};
-    const int n = WidetoUTF8String(text, nullptr, 0);
-    if (n <= 1) return {};
-    std::string out(static_cast<std::size_t>(n), '\0');
-    WidetoUTF8String(text, out.data(), n);
-    out.resize(static_cast<std::size_t>(n - 1));
-    return out;
-}
 
 // A cube drawn in outline, the icon of every model format.
 std::int32_t ModelIcon(q5_GAPI& host) {
@@ -156,7 +138,7 @@ void RegisterAssimpFormats(q5_GAPI& host, std::int32_t icon) {
         for (const char* tail : {" Importer", " Reader", " importer", " reader"})
             if (name.size() > std::strlen(tail) && name.ends_with(tail))
                 name.resize(name.size() - std::strlen(tail));
-        Register(host, Wide(list).c_str(), Wide(name + " (Assimp)").c_str(), nullptr,
+        Register(host, Utf8ToWide(list).c_str(), Utf8ToWide(name + " (Assimp)").c_str(), nullptr,
                  &AssimpHandler, AssimpId(d->mName), icon);
     }
 }
@@ -202,7 +184,7 @@ bool LoadFormatChoices(q5_GAPI& host, const std::string& file, std::string& erro
 }
 
 FILETYPE* FindModelFormat(q5_STREAM& stream, const std::string& path) {
-    const std::u16string name = Wide(path);
+    const std::u16string name = Utf8ToWide(path);
     FTINFO info;
     info.kind = kModelFormatKind;
     FILETYPE* byName = GetFileTypeByExt(name.c_str(), nullptr, &info);
@@ -232,9 +214,9 @@ FILETYPE* FindModelFormat(q5_STREAM& stream, const std::string& path) {
 std::string ListModelFormats() {
     std::string text;
     ForEachModelFormat([&](const FILETYPE& type) {
-        std::string extensions = Narrow(type.extensions);
+        std::string extensions = WideToUtf8(type.extensions);
         std::replace(extensions.begin(), extensions.end(), ',', ' ');
-        std::string line = Narrow(type.name);
+        std::string line = WideToUtf8(type.name);
         line.resize(std::max<std::size_t>(line.size() + 1, 40), ' ');
         text += line + extensions + (type.IsEnabled() ? "" : "  (disabled)") + "\n";
     });

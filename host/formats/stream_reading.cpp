@@ -10,10 +10,8 @@ void StreamRelease::operator()(q5_STREAM* stream) const {
 }
 
 StreamHandle OpenReadStream(const std::string& path) {
-    const int n = UTF8toWideString(path.c_str(), nullptr, 0);
-    if (n <= 1) return nullptr;
-    std::u16string wide(static_cast<std::size_t>(n), u'\0');
-    UTF8toWideString(path.c_str(), wide.data(), n);
+    const std::u16string wide = Utf8ToWide(path);
+    if (wide.empty()) return nullptr;
     return StreamHandle(q5_STREAM::CreateW(
         nullptr, wide.c_str(), Q5_STREAM_FILE | Q5_FILE_READ | Q5_FILE_QUIET | Q5_FILE_NORESOLVE));
 }
