@@ -141,3 +141,17 @@ const IniSettings::Entry* IniSettings::Find(const std::string& section,
                                             const std::string& name) const {
     return const_cast<IniSettings*>(this)->Find(section, name);
 }
+
+SettingsFileOutcome LoadSettingsFile(const std::string& path, IniSettings& settings,
+                                     std::string& error) {
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) {
+        error = "settings file " + path + " does not exist (an empty file starts a new one)";
+        return SettingsFileOutcome::Missing;
+    }
+    if (!settings.Load(path)) {
+        error = "cannot read settings file " + path;
+        return SettingsFileOutcome::Unreadable;
+    }
+    return SettingsFileOutcome::Loaded;
+}

@@ -33,3 +33,9 @@ private:
     std::vector<Entry> entries_; // in file order, so a saved file keeps its layout
     bool changed_ = false;
 };
+
+// A settings file named on a command line must exist (an empty file starts a new one); a
+// missing file is the user's mistake, an unreadable one is not. `error` says which.
+enum class SettingsFileOutcome { Loaded, Missing, Unreadable };
+SettingsFileOutcome LoadSettingsFile(const std::string& path, IniSettings& settings,
+                                     std::string& error);

@@ -107,13 +107,11 @@ int Run(int argc, char** argv) {
         return Fail("cannot write -: standard output is a terminal; redirect it", kExitUsage);
 
     IniSettings settings;
-    std::error_code ec;
-    if (!options.settings.empty() && !std::filesystem::exists(options.settings, ec))
-        return Fail("settings file " + options.settings +
-                        " does not exist (an empty file starts a new one)",
-                    kExitUsage);
-    if (!options.settings.empty() && !settings.Load(options.settings))
-        return Fail("cannot read settings file " + options.settings);
+    if (!options.settings.empty()) {
+        const SettingsFileOutcome read = LoadSettingsFile(options.settings, settings, error);
+        if (read != SettingsFileOutcome::Loaded)
+            return Fail(error, read == SettingsFileOutcome::Missing ? kExitUsage : kExitFailure);
+    }
     const auto verbose = [&](const std::string& line) {
         if (options.verbose) std::fprintf(stderr, "%s: %s\n", kProgram, line.c_str());
     };

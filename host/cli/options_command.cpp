@@ -2,7 +2,6 @@
 #include "host/cli/options_command.h"
 
 #include <cstdio>
-#include <filesystem>
 
 #include "host/app/host_api.h"
 #include "host/app/ini_settings.h"
@@ -34,13 +33,12 @@ int RunOptionsPage(const CliOptions& o, const std::string& folder, const char* p
     }
 
     IniSettings settings;
-    std::error_code ec;
-    if (!o.settings.empty() && !std::filesystem::exists(o.settings, ec))
-        return fail("settings file " + o.settings +
-                        " does not exist (an empty file starts a new one)",
-                    kExitUsage);
-    if (!o.settings.empty() && !settings.Load(o.settings))
-        return fail("cannot read settings file " + o.settings, kExitFailure);
+    if (!o.settings.empty()) {
+        std::string error;
+        const SettingsFileOutcome read = LoadSettingsFile(o.settings, settings, error);
+        if (read != SettingsFileOutcome::Loaded)
+            return fail(error, read == SettingsFileOutcome::Missing ? kExitUsage : kExitFailure);
+    }
     HostAPI host(settings);
     host.SetProgramName(program);
     host.SetProgramFolder(folder);
