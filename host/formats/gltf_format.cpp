@@ -442,8 +442,5 @@ bool GltfReader::Read(q5_STREAM& stream, std::string& error) {
 
 std::uint64_t GltfHandler(std::uint32_t operation, std::uintptr_t stream, std::uintptr_t scene,
                           std::uintptr_t) {
-    if (operation != kModelOpRead || stream == 0 || scene == 0) return 0;
-    ModelImport& request = ModelImport::Of(scene);
-    GltfReader reader(request.builder);
-    return reader.Read(*reinterpret_cast<q5_STREAM*>(stream), request.error) ? 1 : 0;
+    return ReadWith<GltfReader>(operation, stream, scene);
 }

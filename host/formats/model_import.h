@@ -23,6 +23,15 @@ struct ModelImport {
     static ModelImport& Of(std::uintptr_t scene) { return *reinterpret_cast<ModelImport*>(scene); }
 };
 
+// The body of a handler whose Reader(builder).Read(stream, error) reads a whole model.
+template <typename Reader>
+std::uint64_t ReadWith(std::uint32_t operation, std::uintptr_t stream, std::uintptr_t scene) {
+    if (operation != kModelOpRead || stream == 0 || scene == 0) return 0;
+    ModelImport& request = ModelImport::Of(scene);
+    Reader reader(request.builder);
+    return reader.Read(*reinterpret_cast<q5_STREAM*>(stream), request.error) ? 1 : 0;
+}
+
 // The handlers, with the registry's signature; each reads only kModelOpRead.
 std::uint64_t ObjHandler(std::uint32_t operation, std::uintptr_t stream, std::uintptr_t scene,
                          std::uintptr_t object);

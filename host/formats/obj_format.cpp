@@ -563,8 +563,5 @@ bool ObjReader::Read(q5_STREAM& stream, std::string& error) {
 
 std::uint64_t ObjHandler(std::uint32_t operation, std::uintptr_t stream, std::uintptr_t scene,
                          std::uintptr_t) {
-    if (operation != kModelOpRead || stream == 0 || scene == 0) return 0;
-    ModelImport& request = ModelImport::Of(scene);
-    ObjReader reader(request.builder);
-    return reader.Read(*reinterpret_cast<q5_STREAM*>(stream), request.error) ? 1 : 0;
+    return ReadWith<ObjReader>(operation, stream, scene);
 }
