@@ -59,9 +59,10 @@ inline int RunRegistered(int argc, char** argv) {
     return 0;
 }
 
-// llvmpipe with one rasterizer thread; must run before any GL context exists.
-inline void UseSingleThreadedPeer() {
-    setenv("LP_NUM_THREADS", "1", 0);
+// The peer rasterizes on the calling thread (LP_NUM_THREADS=0) unless the environment already
+// says how many threads it adds; must run before any GL context exists.
+inline void ChoosePeerThreads() {
+    setenv("LP_NUM_THREADS", "0", 0);
     setenv("GALLIUM_DRIVER", "llvmpipe", 0);
 }
 

@@ -5,7 +5,9 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/bench_common.h"
@@ -33,6 +35,7 @@ struct Pipeline {
     HostAPI host{settings};
     PluginModule module;
     RenderSession session;
+    RenderSession lower; // the bottom half's driver when two threads draw a frame
     bool ready = false;
     std::string error;
 
@@ -54,7 +57,7 @@ struct Pipeline {
             error = module.Error();
             return;
         }
-        ready = session.Attach(nullptr, error);
+        ready = session.Attach(nullptr, error) && lower.Attach(nullptr, error);
     }
 };
 
@@ -92,6 +95,9 @@ void DemoFrame(benchmark::State& state) {
     }
 }
 
+// Where the frame splits when two drivers draw it.
+constexpr std::int32_t kSplitRow = workload::Mesh::kHeight / 2;
+
 // The mesh placed in view space so that the view's projection lands every vertex on the
 // workload's pixel position; depth order follows the workload's z.
 struct ViewSpaceMesh {
@@ -100,13 +106,15 @@ struct ViewSpaceMesh {
     std::vector<POINT3D> view;
     std::vector<q5_MESHVERTEX> vertices;
     std::vector<q5_VERTEXCOLOUR> colours;
-    std::vector<q5_MESHFACE> faces;
+    std::vector<q5_MESHFACE> allFaces;
+    std::vector<q5_MESHFACE> faces; // those the driver may draw, as the host's frame mesh keeps
     q5_MATERIAL material;
     q5_MESH mesh;
 
-    explicit ViewSpaceMesh(const workload::Mesh& m) {
+    explicit ViewSpaceMesh(const workload::Mesh& m, FrameHalf half = FrameHalf::Whole) {
         volume = ViewVolume::Perspective(workload::Mesh::kWidth, workload::Mesh::kHeight, 60.0, 0.5,
-                                         20.0);
+                                         20.0)
+                     .Half(half, kSplitRow);
         for (const workload::MeshVertex& v : m.vertices) {
             const double z = 1.0 + 9.0 * v.z;
             const double x = (2.0 * v.x / workload::Mesh::kWidth - 1.0) * z * volume.tanHalfX;
@@ -124,17 +132,16 @@ struct ViewSpaceMesh {
             f.vertex[0] = m.indices[i];
             f.vertex[1] = m.indices[i + 1];
             f.vertex[2] = m.indices[i + 2];
-            faces.push_back(f);
+            allFaces.push_back(f);
         }
         mesh.vertices = vertices.data();
         mesh.vertexCount = static_cast<std::uint32_t>(vertices.size());
         mesh.primaryColours = colours.data();
-        mesh.faces = faces.data();
-        mesh.faceCount = static_cast<std::uint32_t>(faces.size());
+        faces.reserve(allFaces.size());
         mesh.defaultMaterial = &material;
     }
 
-    // The per-frame host work: view transform and clip codes.
+    // The per-frame host work: view transform, clip codes, and the faces that can show.
     void Transform(const MATRIX3D& worldToView) {
         view.resize(world.size());
         worldToView.TransformPoints(world.data(), view.data(), static_cast<int>(world.size()));
@@ -145,39 +152,44 @@ struct ViewSpaceMesh {
             vertices[i].z = p.z;
             vertices[i].clipCode = volume.ClipCode(p.x, p.y, p.z);
         }
+        faces.clear();
+        for (const q5_MESHFACE& f : allFaces)
+            if ((vertices[f.vertex[0]].clipCode & vertices[f.vertex[1]].clipCode &
+                 vertices[f.vertex[2]].clipCode & (kClipAllPlanes | kClipOtherHalf)) == 0)
+                faces.push_back(f);
+        mesh.faces = faces.data();
+        mesh.faceCount = static_cast<std::uint32_t>(faces.size());
     }
 };
 
-void MeshPipeline(benchmark::State& state, bool cull) {
-    Pipeline& p = Shared();
-    if (!p.ready) {
-        state.SkipWithError(p.error.c_str());
-        return;
-    }
-    ViewSpaceMesh scene(MeshSet());
-    DRIVER3D& d = *p.session.Driver();
-    p.session.View().SetVolume(scene.volume);
-    p.session.View().SetSecondBackground(0);
-    q5_RENDERCONTEXT& context = p.session.View().Context();
+// Gives the session's driver the mesh's view volume and the frame size.
+DRIVER3D& Prepare(RenderSession& session, const ViewSpaceMesh& scene) {
+    DRIVER3D& d = *session.Driver();
+    session.View().SetVolume(scene.volume);
+    session.View().SetSecondBackground(0);
+    q5_RENDERCONTEXT& context = session.View().Context();
     context.depthScale = scene.volume.DepthScale();
     context.depthOffset = scene.volume.DepthOffset();
     d.Resize(workload::Mesh::kWidth, workload::Mesh::kHeight);
+    return d;
+}
+
+bool DrawMeshFrame(DRIVER3D& d, ViewSpaceMesh& scene, bool cull) {
+    const MATRIX3D worldToView; // identity: the mesh is built in view space
     q5_RENDERSTATE renderState;
+    d.FrameStep(0);
+    d.ClearFrame(0);
+    scene.Transform(worldToView);
     q5_FACERUN run;
     run.faceCount = scene.mesh.faceCount;
     run.flags = cull ? 0 : q5_FACERUN::kTwoSided;
-    const MATRIX3D worldToView; // identity: the mesh is built in view space
-    for (auto _ : state) {
-        d.FrameStep(0);
-        d.ClearFrame(0);
-        scene.Transform(worldToView);
-        if (d.DrawFaceGroup(&scene.mesh, &run, &renderState) != 1) {
-            state.SkipWithError("the face walk did not finish");
-            return;
-        }
-        d.FrameStep(1);
-    }
-    // Share of the frame the last frame wrote, to check against the peer's.
+    const bool walked = d.DrawFaceGroup(&scene.mesh, &run, &renderState) == 1;
+    d.FrameStep(1);
+    return walked;
+}
+
+// Share of the frame the last frame wrote, to check against the peer's.
+void CountWritten(benchmark::State& state, DRIVER3D& d) {
     const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(104, 0));
     const std::int64_t entries = d.GetValue(105, 0) / 4;
     std::int64_t written = 0;
@@ -187,15 +199,66 @@ void MeshPipeline(benchmark::State& state, bool cull) {
     bench::MeshCounters(state);
 }
 
+void MeshPipeline(benchmark::State& state, bool cull) {
+    Pipeline& p = Shared();
+    if (!p.ready) {
+        state.SkipWithError(p.error.c_str());
+        return;
+    }
+    ViewSpaceMesh scene(MeshSet());
+    DRIVER3D& d = Prepare(p.session, scene);
+    for (auto _ : state) {
+        if (!DrawMeshFrame(d, scene, cull)) {
+            state.SkipWithError("the face walk did not finish");
+            return;
+        }
+    }
+    CountWritten(state, d);
+}
+
+// The host's "Render\ZB\Use2Thread": two drivers, each on its own thread with its own copy of
+// the vertices, draw a half each; the bottom half's rows then join the top driver's frame.
+void MeshPipelineInHalves(benchmark::State& state, bool cull) {
+    Pipeline& p = Shared();
+    if (!p.ready) {
+        state.SkipWithError(p.error.c_str());
+        return;
+    }
+    ViewSpaceMesh top(MeshSet(), FrameHalf::Top), bottom(MeshSet(), FrameHalf::Bottom);
+    DRIVER3D& upper = Prepare(p.session, top);
+    DRIVER3D& lower = Prepare(p.lower, bottom);
+    constexpr std::size_t kRow = 4 * workload::Mesh::kWidth;
+    constexpr std::size_t kRowsBelow = workload::Mesh::kHeight - kSplitRow;
+    for (auto _ : state) {
+        bool lowerWalked = false;
+        std::thread second([&] { lowerWalked = DrawMeshFrame(lower, bottom, cull); });
+        const bool upperWalked = DrawMeshFrame(upper, top, cull);
+        second.join();
+        if (!upperWalked || !lowerWalked) {
+            state.SkipWithError("the face walk did not finish");
+            return;
+        }
+        // Colour rows are stored bottom row first, depth rows top row first.
+        std::memcpy(reinterpret_cast<void*>(upper.GetValue(102, 0)),
+                    reinterpret_cast<const void*>(lower.GetValue(102, 0)), kRowsBelow * kRow);
+        std::memcpy(reinterpret_cast<std::uint8_t*>(upper.GetValue(104, 0)) + kSplitRow * kRow,
+                    reinterpret_cast<const std::uint8_t*>(lower.GetValue(104, 0)) +
+                        kSplitRow * kRow,
+                    kRowsBelow * kRow);
+    }
+    CountWritten(state, upper);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    // The peer runs with one rasterizer thread; set before any GL context exists.
-    bench::UseSingleThreadedPeer();
+    bench::ChoosePeerThreads();
     bench::Frame("demo-1920x1080/tessera", DemoFrame);
     bench::Frame("mesh/tessera-pipeline", MeshPipeline, false);
     bench::Frame("mesh/llvmpipe", bench::PeerMesh, false);
+    bench::Frame("mesh/tessera-pipeline-halves", MeshPipelineInHalves, false);
     bench::Frame("meshcull/tessera-pipeline", MeshPipeline, true);
+    bench::Frame("meshcull/tessera-pipeline-halves", MeshPipelineInHalves, true);
     bench::Frame("meshcull/llvmpipe", bench::PeerMesh, true);
     return bench::RunRegistered(argc, argv);
 }

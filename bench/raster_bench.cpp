@@ -219,6 +219,7 @@ void PeerRandom(benchmark::State& state, bool small, OsmesaPeer::Variant variant
 } // namespace
 
 int main(int argc, char** argv) {
+    bench::ChoosePeerThreads();
     for (int m = 0; m < kFillModeCount; ++m)
         bench::Frame(std::string("fill/") + kFillModeNames[m], FillRate, static_cast<FillMode>(m),
                      false);

@@ -2,10 +2,13 @@
 #include "host/app/render_session.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "core/platform/system_info.h"
 #include "host/scene/frame_mesh.h"
 #include "host/scene/scene.h"
 #include "host/view/camera.h"
@@ -47,6 +50,10 @@ constexpr std::int32_t kLabelMargin = 8;
 
 // Frame sizes the host accepts.
 constexpr std::int32_t kMaxSide = 16384;
+// Below this many rows a frame is not worth a second thread.
+constexpr std::int32_t kMinRowsForHalves = 64;
+// What clearing leaves in every depth entry.
+constexpr std::int32_t kClearedDepth = 0x7FFFFFFF;
 
 // True when no depth of the frame being drawn moved from what clearing left: nothing of the
 // scene reached a pixel.
@@ -59,26 +66,33 @@ bool NothingDrawn(DRIVER3D& d, std::int32_t cleared) {
 
 } // namespace
 
-bool RenderSession::Attach(q5_PROGRESS* progress, std::string& error) {
-    if (driver_ == nullptr && !ChooseDriver(&driver_, kZBufferDriverName)) {
+bool RenderSession::AttachDrawer(Drawer& drawer, q5_PROGRESS* progress, q5_HWND window,
+                                 std::string& error) {
+    if (drawer.driver == nullptr && !ChooseDriver(&drawer.driver, kZBufferDriverName)) {
         error = "the software Z-buffer driver could not be created";
         return false;
     }
-    q5_RENDERCONTEXT& context = view_.Context();
-    context.view = &view_;
+    q5_RENDERCONTEXT& context = drawer.view.Context();
+    context.view = &drawer.view;
     context.progress = progress;
-    driver_->Attach(0, &context);
-    driver_->progress = progress;
+    drawer.driver->Attach(reinterpret_cast<std::uintptr_t>(window), &context);
+    drawer.driver->progress = progress;
     return true;
 }
 
-void RenderSession::Detach() {
-    if (driver_ != nullptr) RemoveDriver(driver_, true);
+bool RenderSession::Attach(q5_PROGRESS* progress, std::string& error, q5_HWND window) {
+    return AttachDrawer(first_, progress, window, error);
 }
 
-bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewVolume& volume,
-                           const FrameRequest& request, Image& image, std::string& error) {
-    if (driver_ == nullptr) {
+void RenderSession::Detach() {
+    if (first_.driver != nullptr) RemoveDriver(first_.driver, true);
+    if (second_.driver != nullptr) RemoveDriver(second_.driver, true);
+}
+
+bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const ViewVolume& volume,
+                              const FrameRequest& request, std::string& error) {
+    halves_ = false;
+    if (first_.driver == nullptr) {
         error = "no driver is attached";
         return false;
     }
@@ -95,38 +109,118 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
                 (request.supersample ? " or no --supersample" : "");
         return false;
     }
+    width_ = request.width;
+    height_ = request.height;
+
+    // The second driver has no progress object: the progress line is the first's alone, and
+    // cancelling stops the first, whose frame is then not read.
+    const bool halves = request.twoThreads && request.height >= kMinRowsForHalves &&
+                        q5plat::ProcessorCount() >= 2 &&
+                        AttachDrawer(second_, nullptr, nullptr, error);
+    // Holding the picture counts references, which must not happen on two threads at once.
+    first_.driver->SetBkImage(request.backgroundPicture);
+    if (!halves) {
+        if (second_.driver != nullptr) second_.driver->SetBkImage(nullptr);
+        if (!DrawPart(first_, scene, camera, volume, request, error)) return false;
+    } else {
+        second_.driver->SetBkImage(request.backgroundPicture);
+        const std::int32_t split = request.height / 2;
+        std::string secondError;
+        bool secondDrawn = false;
+        std::thread bottom([&] {
+            secondDrawn = DrawPart(second_, scene, camera, volume.Half(FrameHalf::Bottom, split),
+                                   request, secondError);
+        });
+        const bool firstDrawn =
+            DrawPart(first_, scene, camera, volume.Half(FrameHalf::Top, split), request, error);
+        bottom.join();
+        second_.driver->SetBkImage(nullptr);
+        if (!firstDrawn) return false;
+        if (!secondDrawn) {
+            error = secondError;
+            return false;
+        }
+        if (!JoinHalves(split, error)) return false;
+        halves_ = true;
+    }
+
+    DRIVER3D& d = *first_.driver;
+    const bool drewSomething = first_.drewSomething || (halves && second_.drewSomething);
+    if (!scene.Objects().empty() && !drewSomething) {
+        error = "nothing reaches the picture: every face is culled or outside the view "
+                "(try --two-sided or another --camera)";
+        return false;
+    }
+    if (!request.label.empty())
+        d.DrawText(kLabelMargin, kLabelMargin, request.label.c_str(), request.labelColour);
+    if (q5_PROGRESS::Cancelled(first_.view.Context().progress)) {
+        error = "interrupted";
+        return false;
+    }
+    return true;
+}
+
+bool RenderSession::JoinHalves(std::int32_t splitRow, std::string& error) {
+    DRIVER3D& top = *first_.driver;
+    DRIVER3D& bottom = *second_.driver;
+    const std::int64_t width = top.GetValue(kValueWidth, 0), height = top.GetValue(kValueHeight, 0);
+    auto* colour = reinterpret_cast<std::uint8_t*>(top.GetValue(kValueColourBits, 0));
+    const auto* colourBelow =
+        reinterpret_cast<const std::uint8_t*>(bottom.GetValue(kValueColourBits, 0));
+    auto* depth = reinterpret_cast<std::uint8_t*>(top.GetValue(kValueDepthBits, 0));
+    const auto* depthBelow =
+        reinterpret_cast<const std::uint8_t*>(bottom.GetValue(kValueDepthBits, 0));
+    if (colour == nullptr || colourBelow == nullptr || depth == nullptr ||
+        depthBelow == nullptr || bottom.GetValue(kValueWidth, 0) != width ||
+        bottom.GetValue(kValueHeight, 0) != height || height < splitRow ||
+        top.GetValue(kValueDepthBytes, 0) != 4 * width * height ||
+        bottom.GetValue(kValueDepthBytes, 0) != 4 * width * height) {
+        error = "the two halves of the frame do not match (out of memory?)";
+        return false;
+    }
+    // Colour rows are stored bottom row first, depth rows top row first.
+    const std::size_t rowsBelow = static_cast<std::size_t>(height - splitRow);
+    const std::size_t colourRow = q5DibRowStride(32, static_cast<std::int32_t>(width));
+    std::memcpy(colour, colourBelow, rowsBelow * colourRow);
+    const std::size_t depthRow = 4 * static_cast<std::size_t>(width);
+    const std::size_t skipped = static_cast<std::size_t>(splitRow) * depthRow;
+    std::memcpy(depth + skipped, depthBelow + skipped, rowsBelow * depthRow);
+    return true;
+}
+
+bool RenderSession::DrawPart(Drawer& drawer, const Scene& scene, const Camera& camera,
+                             const ViewVolume& volume, const FrameRequest& request,
+                             std::string& error) {
+    const std::uint64_t scale = request.supersample ? 2 : 1;
     // A surface the driver could not allocate is null; drawing must not start then.
     const auto surfacesMissing = [&](std::uint64_t width, std::uint64_t height) {
-        if (driver_->GetValue(kValueColourBits, 0) != 0 &&
-            driver_->GetValue(kValueDepthBits, 0) != 0)
+        if (drawer.driver->GetValue(kValueColourBits, 0) != 0 &&
+            drawer.driver->GetValue(kValueDepthBits, 0) != 0)
             return false;
         error = "out of memory for a frame of " + std::to_string(width) + "x" +
                 std::to_string(height) + " pixels";
         return true;
     };
-    view_.SetVolume(volume);
-    view_.SetSecondBackground(request.background[1]);
-    view_.SetFade(request.fade, request.fadeColour);
-    view_.SetSupersample(request.supersample ? 2.0 : 1.0);
-    q5_RENDERCONTEXT& context = view_.Context();
+    HostView& view = drawer.view;
+    view.SetVolume(volume);
+    view.SetSecondBackground(request.background[1]);
+    view.SetFade(request.fade, request.fadeColour);
+    view.SetSupersample(request.supersample ? 2.0 : 1.0);
+    q5_RENDERCONTEXT& context = view.Context();
     context.depthScale = volume.DepthScale();
     context.depthOffset = volume.DepthOffset();
 
-    DRIVER3D& d = *driver_;
+    DRIVER3D& d = *drawer.driver;
     d.Resize(request.width, request.height);
     if (surfacesMissing(request.width, request.height)) return false;
     d.FrameStep(kBegin);
     if (request.supersample) {
         d.FrameStep(kSupersampleRequest);
         d.FrameStep(kSupersampleBegin);
-        if (surfacesMissing(drawnWidth, drawnHeight)) return false;
+        if (surfacesMissing(scale * request.width, scale * request.height)) return false;
     }
-    d.SetBkImage(request.backgroundPicture);
     context.backgroundMode = request.backgroundMode;
     d.ClearFrame(request.background[0]);
-    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(kValueDepthBits, 0));
-    const std::int32_t clearedDepth = depth != nullptr ? *depth : 0;
-
     q5_RENDERSTATE state;
     state.refine = request.refine;
     state.twoSidedColouring = true;
@@ -180,7 +274,7 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
             segments.BuildLines(objects[i], &lines, colour, camera, volume);
             draw(segments, 1.0f, 0);
         }
-        meshes[i]->ProjectPoints(objects[i], view_, colour, points);
+        meshes[i]->ProjectPoints(objects[i], view, colour, points);
         if (!points.empty()) d.DrawScreenPoints(points.data(), static_cast<std::int32_t>(points.size()));
     }
 
@@ -202,28 +296,25 @@ bool RenderSession::Render(const Scene& scene, const Camera& camera, const ViewV
     for (std::size_t i : blended)
         draw(*meshes[i], objects[i].opacity, q5_FACERUN::kBlend | sides(objects[i]));
 
-    if (!objects.empty() && NothingDrawn(d, clearedDepth)) {
-        error = "nothing reaches the picture: every face is culled or outside the view "
-                "(try --two-sided or another --camera)";
-        return false;
-    }
+    // Read before supersampling ends, which replaces the depth buffer.
+    drawer.drewSomething = !NothingDrawn(d, kClearedDepth);
     if (request.fade) d.FrameStep(kFade);
     if (request.supersample) {
         d.FrameStep(kSupersampleEnd);
         d.FrameStep(kSupersampleDone);
     }
     d.FrameStep(kEnd);
-    if (!request.label.empty())
-        d.DrawText(kLabelMargin, kLabelMargin, request.label.c_str(), request.labelColour);
+    return true;
+}
 
-    if (q5_PROGRESS::Cancelled(context.progress)) {
-        error = "interrupted";
-        return false;
-    }
-    const auto* bits = reinterpret_cast<const std::uint8_t*>(d.GetValue(kValueColourBits, 0));
-    const auto width = static_cast<std::int32_t>(d.GetValue(kValueWidth, 0));
-    const auto height = static_cast<std::int32_t>(d.GetValue(kValueHeight, 0));
-    if (bits == nullptr || width != request.width || height != request.height) {
+bool RenderSession::ReadFrame(Image& image, std::string& error) {
+    DRIVER3D* d = first_.driver;
+    const auto* bits =
+        d != nullptr ? reinterpret_cast<const std::uint8_t*>(d->GetValue(kValueColourBits, 0))
+                     : nullptr;
+    const auto width = d != nullptr ? static_cast<std::int32_t>(d->GetValue(kValueWidth, 0)) : 0;
+    const auto height = d != nullptr ? static_cast<std::int32_t>(d->GetValue(kValueHeight, 0)) : 0;
+    if (bits == nullptr || width != width_ || height != height_) {
         error = "the driver has no frame of the requested size (out of memory?)";
         return false;
     }

@@ -6,6 +6,7 @@
 
 #include "host/formats/png_file.h"
 #include "host/view/host_view.h"
+#include "interface/types.h"
 
 class Camera;
 class Scene;
@@ -26,6 +27,8 @@ struct FrameRequest {
     // Written over the finished frame at the top left, red in the colour's low byte.
     std::u16string label;
     std::uint32_t labelColour = 0xFFFFFF;
+    // "Render\ZB\Use2Thread": a second driver on a second thread draws the bottom half.
+    bool twoThreads = false;
 };
 
 class RenderSession {
@@ -36,19 +39,41 @@ public:
     RenderSession& operator=(const RenderSession&) = delete;
 
     // Selects the software Z-buffer driver through the core library's host (which creates it
-    // from the loaded module) and attaches it to the view.
-    bool Attach(q5_PROGRESS* progress, std::string& error);
-    // Drops the driver.
+    // from the loaded module) and attaches it to the view and to `window` (may be null).
+    bool Attach(q5_PROGRESS* progress, std::string& error, q5_HWND window = nullptr);
+    // Drops the drivers.
     void Detach();
-    DRIVER3D* Driver() const { return driver_; }
-    HostView& View() { return view_; }
+    // The driver that holds each finished frame, whole.
+    DRIVER3D* Driver() const { return first_.driver; }
+    HostView& View() { return first_.view; }
 
     // One frame: clear, every object, outlines, blended objects back to front, optional
-    // supersampling and depth fade; the finished frame lands in `image` (RGB, top row first).
+    // supersampling and depth fade, the label. The finished frame stays in Driver().
+    bool DrawFrame(const Scene& scene, const Camera& camera, const ViewVolume& volume,
+                   const FrameRequest& request, std::string& error);
+    // The finished frame as RGB, top row first.
+    bool ReadFrame(Image& image, std::string& error);
     bool Render(const Scene& scene, const Camera& camera, const ViewVolume& volume,
-                const FrameRequest& request, Image& image, std::string& error);
+                const FrameRequest& request, Image& image, std::string& error) {
+        return DrawFrame(scene, camera, volume, request, error) && ReadFrame(image, error);
+    }
+    // Whether the last frame was drawn by two drivers, one half each.
+    bool DrewInHalves() const { return halves_; }
 
 private:
-    HostView view_;
-    DRIVER3D* driver_ = nullptr;
+    struct Drawer {
+        HostView view;
+        DRIVER3D* driver = nullptr;
+        bool drewSomething = false; // in the last frame
+    };
+    bool AttachDrawer(Drawer& drawer, q5_PROGRESS* progress, q5_HWND window, std::string& error);
+    // Everything of a frame one driver draws, up to the end of the frame.
+    bool DrawPart(Drawer& drawer, const Scene& scene, const Camera& camera,
+                  const ViewVolume& volume, const FrameRequest& request, std::string& error);
+    // Moves the second driver's half into the first driver's surfaces.
+    bool JoinHalves(std::int32_t splitRow, std::string& error);
+
+    Drawer first_, second_;
+    std::int32_t width_ = 0, height_ = 0;
+    bool halves_ = false;
 };

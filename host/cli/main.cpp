@@ -32,7 +32,8 @@ namespace {
 constexpr const char* kProgram = "tessera-render";
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
-// QueryCaps id of the driver's "Render\ZB\Refine" setting.
+// QueryCaps ids of the driver's "Render\ZB\Use2Thread" and "Render\ZB\Refine" settings.
+constexpr std::int32_t kCapsUseTwoThreads = 15;
 constexpr std::int32_t kCapsRefine = 16;
 
 int Fail(const std::string& message, int code = kExitFailure) {
@@ -206,6 +207,7 @@ int Run(int argc, char** argv) {
         request.fadeColour = options.fadeColour.value_or(request.background[0]);
         request.edges = options.edges;
         request.refine = session.Driver()->QueryCaps(kCapsRefine) != 0;
+        request.twoThreads = session.Driver()->QueryCaps(kCapsUseTwoThreads) != 0;
         request.backgroundPicture = backgroundPicture.get();
         request.backgroundMode = options.backgroundMode;
         request.label = label;

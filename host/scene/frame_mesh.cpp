@@ -45,7 +45,7 @@ void FrameMesh::Place(const SceneObject& object, const Camera& camera, const Vie
     if (worldPositions) worldPositions->resize(g.positions.size());
     if (worldNormals) worldNormals->resize(g.positions.size());
     normals_.resize(g.positions.size());
-    std::uint8_t all = kClipAllPlanes;
+    std::uint8_t all = kClipAllPlanes | kClipOtherHalf;
     for (std::size_t i = 0; i < g.positions.size(); ++i) {
         const POINT3D world = object.placement.PointTransform(g.positions[i]);
         const POINT3D view = camera.PointToView(world);
@@ -71,12 +71,19 @@ void FrameMesh::Place(const SceneObject& object, const Camera& camera, const Vie
     }
     centreDepth_ = camera.PointToView(object.placement.PointTransform(centre)).z;
 
-    faces_.resize(g.triangles.size());
-    corners_.resize(g.triangles.size());
-    for (std::size_t f = 0; f < g.triangles.size(); ++f) {
-        const MeshGeometry::Triangle& t = g.triangles[f];
-        faces_[f] = {0, t.edges, {t.v[0], t.v[1], t.v[2]}};
-        corners_[f] = {t.v[0], t.v[1], t.v[2]};
+    // The driver would reject a face whose corners all lie outside one plane, or all in the
+    // half of the frame it does not draw; leaving it out spares the driver's walk.
+    faces_.clear();
+    corners_.clear();
+    faces_.reserve(g.triangles.size());
+    corners_.reserve(g.triangles.size());
+    for (const MeshGeometry::Triangle& t : g.triangles) {
+        if (t.v[0] < vertices_.size() && t.v[1] < vertices_.size() && t.v[2] < vertices_.size() &&
+            (vertices_[t.v[0]].clipCode & vertices_[t.v[1]].clipCode &
+             vertices_[t.v[2]].clipCode & (kClipAllPlanes | kClipOtherHalf)) != 0)
+            continue;
+        faces_.push_back({0, t.edges, {t.v[0], t.v[1], t.v[2]}});
+        corners_.push_back({t.v[0], t.v[1], t.v[2]});
     }
     texcoords_.resize(g.positions.size());
     for (std::size_t i = 0; i < g.positions.size(); ++i)

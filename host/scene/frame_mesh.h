@@ -37,7 +37,8 @@ public:
     q5_MESH& Mesh() { return mesh_; }
     // View-space depth of the object's centre, for drawing blended objects back to front.
     float CentreDepth() const { return centreDepth_; }
-    // True when every corner lies outside one and the same plane: nothing can show.
+    // True when every corner lies outside one and the same plane, or in the half of the frame
+    // that the volume does not draw: nothing can show.
     bool WhollyOutside() const { return outside_; }
 
 private:

@@ -43,7 +43,21 @@ std::uint8_t ViewVolume::ClipCode(double x, double y, double z) const {
     for (std::uint8_t bit = kClipNear; bit <= kClipBottom;
          bit = static_cast<std::uint8_t>(bit << 1))
         if (PlaneDistance(bit, x, y, z) < 0.0) code |= bit;
+    if (half == FrameHalf::Whole || (code & kClipNear) != 0) return code;
+    // Rows, unrounded. The margin covers the rounding of projected corners, of the corners
+    // the clipper and subdivision make inside a triangle, and the pixels of drawn edges.
+    constexpr double kMarginRows = 2.0;
+    const double row = 0.5 * height * (1.0 - y / (z * tanHalfY));
+    if (half == FrameHalf::Top ? row >= splitRow + kMarginRows : row < splitRow - kMarginRows)
+        code |= kClipOtherHalf;
     return code;
+}
+
+ViewVolume ViewVolume::Half(FrameHalf which, std::int32_t row) const {
+    ViewVolume v = *this;
+    v.half = which;
+    v.splitRow = row;
+    return v;
 }
 
 double ViewVolume::NdcDepth(double z) const {

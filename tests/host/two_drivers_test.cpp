@@ -5,14 +5,17 @@
 #include <cstdint>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
+#include "core/platform/system_info.h"
 #include "host/app/host_api.h"
 #include "host/app/ini_settings.h"
 #include "host/app/plugin_module.h"
 #include "host/app/render_session.h"
 #include "host/scene/builtin_scenes.h"
 #include "host/scene/framing.h"
+#include "host/scene/host_picture.h"
 #include "host/scene/scene.h"
 #include "support/module_loader.h"
 
@@ -21,6 +24,10 @@ namespace {
 struct Take {
     double yaw;
     bool supersample, fade, edges;
+    bool twoThreads = false;
+    TPicture* backdrop = nullptr;
+    std::int32_t backdropMode = 0;
+    const char16_t* label = u"";
 };
 using Frames = std::vector<std::vector<std::uint8_t>>;
 
@@ -47,13 +54,23 @@ public:
             request.fadeColour = scene_.background[0];
             request.edges = t.edges;
             request.refine = true;
-            const Shot shot{
-                .yaw = t.yaw, .pitch = scene_.pitch, .fit = scene_.fit, .fovY = scene_.fovY};
+            request.twoThreads = t.twoThreads;
+            request.backgroundPicture = t.backdrop;
+            request.backgroundMode = t.backdropMode;
+            request.label = t.label;
+            Shot shot;
+            shot.yaw = t.yaw;
+            shot.pitch = scene_.pitch;
+            shot.fit = scene_.fit;
+            shot.fovY = scene_.fovY;
             const Framing f =
                 FrameScene(scene_.FramedBounds(), scene_.AllBounds(), shot, width_, height_);
             Image image;
             std::string error;
             if (!session_.Render(scene_, f.camera, f.volume, request, image, error)) image = {};
+            EXPECT_EQ(session_.DrewInHalves(),
+                      t.twoThreads && height_ >= 64 && q5plat::ProcessorCount() >= 2)
+                << t.yaw;
             frames.push_back(std::move(image.pixels));
         }
         return frames;
@@ -66,15 +83,21 @@ private:
     RenderSession session_;
 };
 
-TEST(TwoDrivers, RenderOnTwoThreadsExactlyAsAlone) {
-    IniSettings settings;
-    HostAPI host(settings);
-    host.SetProgramName("two_drivers_test");
-    PluginModule module;
-    ASSERT_TRUE(module.Load(kModuleFileName)) << module.Error();
-    host.SetDriverModule(&module);
-    ASSERT_TRUE(module.Init(&host)) << module.Error();
+class TwoDrivers : public ::testing::Test {
+protected:
+    void SetUp() override {
+        host_.SetProgramName("two_drivers_test");
+        ASSERT_TRUE(module_.Load(kModuleFileName)) << module_.Error();
+        host_.SetDriverModule(&module_);
+        ASSERT_TRUE(module_.Init(&host_)) << module_.Error();
+    }
 
+    IniSettings settings_;
+    HostAPI host_{settings_};
+    PluginModule module_;
+};
+
+TEST_F(TwoDrivers, RenderOnTwoThreadsExactlyAsAlone) {
     // Different sizes, scenes and frame phases, so a shared surface or context would show.
     Renderer a("demo", 160, 96,
                {{10.5, false, false, false},
@@ -99,6 +122,48 @@ TEST(TwoDrivers, RenderOnTwoThreadsExactlyAsAlone) {
         EXPECT_TRUE(togetherA == aloneA) << "round " << round << ", driver A";
         EXPECT_TRUE(togetherB == aloneB) << "round " << round << ", driver B";
     }
+}
+
+// A frame drawn in two halves, each by its own driver on its own thread, is the frame one
+// driver draws: whatever the clear (gradient, picture), the phases and the row where it splits.
+TEST_F(TwoDrivers, HalvesJoinIntoTheWholeFrame) {
+    q5plat::OverrideProcessorCount(2);
+    HostPicture* backdrop = HostPicture::Create(37, 23, 24);
+    ASSERT_NE(backdrop, nullptr);
+    for (std::int32_t y = 0; y < 23; ++y)
+        for (std::int32_t x = 0; x < 37; ++x)
+            backdrop->SetPixel(x, y, static_cast<std::uint8_t>(7 * x), static_cast<std::uint8_t>(11 * y),
+                               static_cast<std::uint8_t>(x ^ y));
+    std::vector<Take> takes = {
+        {10.5, false, false, false},
+        {47.25, true, false, false},
+        {200.0, false, true, true},
+        {300.75, true, true, true},
+        {120.0, false, false, false, false, backdrop, 0, u"Halves"},
+        {77.0, true, false, false, false, backdrop, 1},
+    };
+    std::vector<Take> split = takes;
+    for (Take& t : split) t.twoThreads = true;
+    // Odd heights put the split off the middle of the supersampled rows too.
+    for (const auto& [scene, width, height] :
+         {std::tuple{"demo", 160, 97}, std::tuple{"clip", 131, 64}, std::tuple{"glass", 96, 150}}) {
+        Renderer whole(scene, width, height, takes), halves(scene, width, height, split);
+        const Frames expected = whole.RenderAll(), actual = halves.RenderAll();
+        ASSERT_EQ(actual.size(), expected.size());
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            ASSERT_FALSE(expected[i].empty()) << scene << " take " << i;
+            EXPECT_TRUE(actual[i] == expected[i]) << scene << " take " << i;
+        }
+    }
+    // One processor, or a frame too low to split: the first driver draws it alone.
+    q5plat::OverrideProcessorCount(1);
+    Renderer alone("cube", 64, 100, {split[0]}), aloneWhole("cube", 64, 100, {takes[0]});
+    EXPECT_TRUE(alone.RenderAll() == aloneWhole.RenderAll());
+    q5plat::OverrideProcessorCount(2);
+    Renderer low("cube", 64, 40, {split[0]}), lowWhole("cube", 64, 40, {takes[0]});
+    EXPECT_TRUE(low.RenderAll() == lowWhole.RenderAll());
+    q5plat::OverrideProcessorCount(0);
+    backdrop->Release();
 }
 
 } // namespace
