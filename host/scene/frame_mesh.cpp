@@ -51,11 +51,7 @@ void FrameMesh::Place(const SceneObject& object, const Camera& camera, const Vie
         const POINT3D view = camera.PointToView(world);
         vertices_[i] = {view.x, view.y, view.z, volume.ClipCode(view.x, view.y, view.z)};
         all &= vertices_[i].clipCode;
-        const POINT3D normal = Unit(object.placement.VectorTransform(g.normals[i]));
-        const POINT3D viewNormal = Unit(camera.DirectionToView(normal));
-        normals_[i] = {viewNormal.x, viewNormal.y, viewNormal.z};
         if (worldPositions) (*worldPositions)[i] = world;
-        if (worldNormals) (*worldNormals)[i] = normal;
     }
     outside_ = g.positions.empty() || all != 0;
 
@@ -75,15 +71,26 @@ void FrameMesh::Place(const SceneObject& object, const Camera& camera, const Vie
     // half of the frame it does not draw; leaving it out spares the driver's walk.
     faces_.clear();
     corners_.clear();
+    drawn_.assign(vertices_.size(), 0);
     faces_.reserve(g.triangles.size());
     corners_.reserve(g.triangles.size());
     for (const MeshGeometry::Triangle& t : g.triangles) {
         if (t.v[0] < vertices_.size() && t.v[1] < vertices_.size() && t.v[2] < vertices_.size() &&
-            (vertices_[t.v[0]].clipCode & vertices_[t.v[1]].clipCode &
-             vertices_[t.v[2]].clipCode & (kClipAllPlanes | kClipOtherHalf)) != 0)
+            (vertices_[t.v[0]].clipCode & vertices_[t.v[1]].clipCode & vertices_[t.v[2]].clipCode &
+             (kClipAllPlanes | kClipOtherHalf)) != 0)
             continue;
         faces_.push_back({0, t.edges, {t.v[0], t.v[1], t.v[2]}});
         corners_.push_back({t.v[0], t.v[1], t.v[2]});
+        for (std::uint32_t v : t.v)
+            if (v < drawn_.size()) drawn_[v] = 1;
+    }
+    // Normals, and in Build the light, only where a kept face reads them.
+    for (std::size_t i = 0; i < g.positions.size(); ++i) {
+        if (!drawn_[i]) continue;
+        const POINT3D normal = Unit(object.placement.VectorTransform(g.normals[i]));
+        const POINT3D viewNormal = Unit(camera.DirectionToView(normal));
+        normals_[i] = {viewNormal.x, viewNormal.y, viewNormal.z};
+        if (worldNormals) (*worldNormals)[i] = normal;
     }
     texcoords_.resize(g.positions.size());
     for (std::size_t i = 0; i < g.positions.size(); ++i)
@@ -121,6 +128,7 @@ void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
     primary_.resize(worldPositions.size());
     secondary_.resize(worldPositions.size());
     for (std::size_t i = 0; i < worldPositions.size(); ++i) {
+        if (!drawn_[i]) continue;
         const POINT3D& p = worldPositions[i];
         const POINT3D toEye = Unit(POINT3D(eye.x - p.x, eye.y - p.y, eye.z - p.z));
         const POINT3D& n = worldNormals[i];

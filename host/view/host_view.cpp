@@ -79,9 +79,16 @@ bool HostView::Clip(ScreenVertex* const corners[3], ScreenVertex* out, int& coun
     return count > 0;
 }
 
-void HostView::Project(ScreenVertex& v) const {
+void HostView::Project(ScreenVertex& v) {
     const float z = FloatIn(v.z);
-    const ScreenPosition p = volume_.Project(FloatIn(v.x), FloatIn(v.y), z);
+    const ScreenPosition* known = projected_.Find(v.x, v.y, v.z);
+    ScreenPosition p;
+    if (known != nullptr) {
+        p = *known;
+    } else {
+        p = volume_.Project(FloatIn(v.x), FloatIn(v.y), z);
+        projected_.Keep(v.x, v.y, v.z, p);
+    }
     v.x = p.x;
     v.y = p.y;
     v.z = p.z;
