@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <memory>
-#include <string>
 
 namespace {
 
@@ -13,7 +12,7 @@ constexpr q5_GUID kSample = {
     0x01020304, 0x0506, 0x0708, {0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F, 0x10, 0x11}};
 constexpr char kSampleText[] = "{01020304-0506-0708-0B0A-0C0D0E0F1011}";
 
-TEST(GuidText, FourthGroupPrintsItsBytesSwappedAndReadsBack) {
+TEST(GuidText, FourthGroupPrintsItsBytesSwappedReadsBackAndComparesWhole) {
     char buffer[39];
     EXPECT_STREQ(kSample.ToStr(buffer), kSampleText);
 
@@ -22,6 +21,13 @@ TEST(GuidText, FourthGroupPrintsItsBytesSwappedAndReadsBack) {
     EXPECT_TRUE(guid.Compare(kSample));
     ASSERT_TRUE(guid.FromStr(u"{01020304-0506-0708-0B0A-0C0D0E0F1011}"));
     EXPECT_TRUE(guid.Compare(kSample));
+    // Compare and IsNull look at every byte, the last included.
+    guid.Data4[7] ^= 0x80;
+    EXPECT_FALSE(guid.Compare(kSample));
+    guid.SetNull();
+    EXPECT_TRUE(guid.IsNull());
+    guid.Data4[7] = 1;
+    EXPECT_FALSE(guid.IsNull());
 }
 
 TEST(GuidText, FailedReadsStartFromZeroAndKeepWhatWasRead) {
@@ -50,18 +56,6 @@ TEST(GuidText, TextsCutShortAreReadOnlyUpToTheirEnd) {
         EXPECT_EQ(guid.FromStr(text.get()), n >= full - 2) << n;
         EXPECT_TRUE(n != full - 2 || guid.Data4[7] == 0x01) << "one digit of the last group";
     }
-}
-
-TEST(GuidRecord, CompareIsByteEqualityAndNullIsAllZero) {
-    q5_GUID other = kSample;
-    EXPECT_TRUE(other.Compare(kSample));
-    other.Data4[7] ^= 0x80;
-    EXPECT_FALSE(other.Compare(kSample));
-    EXPECT_FALSE(other.IsNull());
-    other.SetNull();
-    EXPECT_TRUE(other.IsNull());
-    other.Data4[7] = 1;
-    EXPECT_FALSE(other.IsNull());
 }
 
 } // namespace

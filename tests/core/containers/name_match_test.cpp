@@ -21,8 +21,10 @@ template <std::size_t N> void ExpectAll(Matcher match, const MatchCase (&cases)[
 
 // "*.*" takes names with and without an extension and the empty pattern only ""; extensions
 // compare without case and wholly; a star backtracks past earlier dots. "*." takes only names
-// without an extension, and a dot in the pattern may stand for the end of the name.
-TEST(NameMatch, StarsDotsAndQuestionMarks) {
+// without an extension, and a dot in the pattern may stand for the end of the name. A range
+// takes both its ends; a minus at either end of a set is a member; "[" without a closing "]"
+// is an ordinary unit; only units below 256 fold.
+TEST(NameMatch, StarsDotsQuestionMarksSetsCaseAndNullTexts) {
     // clang-format off
     const MatchCase cases[] = {
         {u"*.*", u"README", 1},       {u"*.*", u"a.b.c", 1},       {u"*", u"", 1},
@@ -31,20 +33,13 @@ TEST(NameMatch, StarsDotsAndQuestionMarks) {
         {u"a*b*c", u"axxbyyc", 1},    {u"*a?", u"bab", 1},         {u"*.", u"README", 1},
         {u"*.", u"README.", 1},       {u"*.", u"a.b", 0},          {u"readme.", u"readme", 1},
         {u"readme.*", u"readme", 1},  {u"a.b", u"a", 0},           {u"file?", u"file", 0},
-        {u"file?", u"file1", 1}};
+        {u"file?", u"file1", 1},      {u"[b-d]", u"b", 1},         {u"[b-d]", u"D", 1},
+        {u"[b-d]", u"a", 0},          {u"[b-d]", u"e", 0},         {u"[a-c]*", u"Beta", 1},
+        {u"[a-cx-z]", u"y", 1},       {u"[a-cx-z]", u"d", 0},      {u"[]", u"]", 0},
+        {u"[-x]", u"-", 1},           {u"[-x]", u"a", 0},          {u"[x-]", u"-", 1},
+        {u"[abc", u"[ABC", 1},        {u"\u0430", u"\u0410", 0},   {nullptr, u"a", 0},
+        {u"*", nullptr, 0}};
     // clang-format on
-    ExpectAll(CmpNameExW, cases);
-}
-
-// A range takes both its ends; a minus at either end of a set is a member; "[" without a
-// closing "]" is an ordinary unit; only units below 256 fold.
-TEST(NameMatch, SetsCaseAndNullTexts) {
-    const MatchCase cases[] = {
-        {u"[b-d]", u"b", 1},       {u"[b-d]", u"D", 1},     {u"[b-d]", u"a", 0},
-        {u"[b-d]", u"e", 0},       {u"[a-c]*", u"Beta", 1}, {u"[a-cx-z]", u"y", 1},
-        {u"[a-cx-z]", u"d", 0},    {u"[]", u"]", 0},        {u"[-x]", u"-", 1},
-        {u"[-x]", u"a", 0},        {u"[x-]", u"-", 1},      {u"[abc", u"[ABC", 1},
-        {u"\u0430", u"\u0410", 0}, {nullptr, u"a", 0},      {u"*", nullptr, 0}};
     ExpectAll(CmpNameExW, cases);
 }
 

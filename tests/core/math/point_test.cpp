@@ -57,16 +57,13 @@ TEST(PointEncodeNormal, PolesAxesAndFolding) {
     EXPECT_EQ(POINT3D(nan, nan, nan).EncodeNormal(1000), 0u);
 }
 
-TEST(PointDecodeNormal, AxesAndZeroSteps) {
+// Half a step in each angle plus the 0.1 mrad snap bound the angle between the two.
+TEST(PointDecodeNormal, RoundTripStaysWithinHalfAStepAndZeroStepsGiveNaN) {
     POINT3D p;
     p.DecodeNormal(1000u << 16, 1000);
     EXPECT_POINT_NEAR(p, 0, 0, -1, kFloatTol);
     p.DecodeNormal(5 | 7 << 16, 0);
     EXPECT_FALSE(std::isfinite(p.x));
-}
-
-// Half a step in each angle plus the 0.1 mrad snap bound the angle between the two.
-TEST(PointDecodeNormal, RoundTripStaysWithinHalfAStep) {
     constexpr unsigned kSteps = 65535;
     const double bound = std::sqrt(2.0) * (kPi / kSteps + 0.00005) + kFloatTol;
     TestRandom rng(11);

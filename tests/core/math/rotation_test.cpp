@@ -100,7 +100,7 @@ TEST(QuatArithmetic, ProductInverseAndDivision) {
     EXPECT_FALSE(std::isfinite((a / QUAT(1, 0, 0, 1)).w));
 }
 
-TEST(QuatSlerp, EndsSpinAndNearlyEqualBlend) {
+TEST(QuatSlerp, EndsSpinNearlyEqualBlendAndTheArcBetween) {
     QUAT id, a(0, 0, std::sin(0.1f), std::cos(0.1f)), b(0.6f, 0, 0, 0.8f), nb(-0.6f, 0, 0, -0.8f);
     EXPECT_TRUE(PointNear(QUAT(0, a, b, 0), a.x, a.y, a.z, 0));
     EXPECT_TRUE(QuatNear(QUAT(1, a, nb, 0), 0.6f, 0, 0, 0.8f)); // the shorter arc
@@ -108,24 +108,21 @@ TEST(QuatSlerp, EndsSpinAndNearlyEqualBlend) {
     EXPECT_TRUE(QuatNear(QUAT(0.5f, a, twice, 0), 0, 0, 1.5f * a.z, 1.5f * a.w));
     // One extra half-turn from the identity to a 0.2 turn about z.
     EXPECT_TRUE(QuatNear(QUAT(0.5f, id, a, 1), 0, 0, std::cos(0.05), -std::sin(0.05)));
-}
-
-TEST(QuatSlerp, StaysOnTheArcBetweenItsEnds) {
+    // Random ends: the result stays on the arc between them.
     const auto angle = [](const QUAT& p, const QUAT& q) {
         const double d = double(p.x) * q.x + double(p.y) * q.y + double(p.z) * q.z + p.w * q.w;
         return std::acos(std::min(1.0, std::fabs(d)));
     };
     TestRandom rng(8);
     for (int i = 0; i < 200; ++i) {
-        QUAT a(rng.Rotation()), b(rng.Rotation());
+        QUAT p(rng.Rotation()), q(rng.Rotation());
         const float t = rng.UniformF(0, 1);
-        const QUAT r(t, a, b, 0);
-        EXPECT_NEAR(angle(a, r), t * angle(a, b), 1e-3);
+        EXPECT_NEAR(angle(p, QUAT(t, p, q, 0)), t * angle(p, q), 1e-3);
     }
 }
 
 // Unknown orders act as XYZ; in gimbal lock the third angle is 0.
-TEST(EulerAngles, KnownTriplesAndUnknownOrders) {
+TEST(EulerAngles, KnownTriplesUnknownOrdersAndEveryOrderRebuildsTheMatrix) {
     MATRIX3D m;
     m.SetRotate(POINT3D(0.1f, 0.2f, 0.3f));
     EXPECT_POINT_NEAR(m.GetEulerAngles(0x100 | 200), 0.1, 0.2, 0.3, kFloatTol);
@@ -133,9 +130,7 @@ TEST(EulerAngles, KnownTriplesAndUnknownOrders) {
     const POINT3D e = m.GetEulerAngles(0);
     EXPECT_EQ(e.z, 0);
     EXPECT_TRUE(MatrixNear(FromEuler(0, e), m, kFloatTol));
-}
-
-TEST(EulerAngles, EveryOrderRebuildsTheMatrix) {
+    // Every order, static and rotating, rebuilds random rotations from matrix and quaternion.
     TestRandom rng(9);
     for (int i = 0; i < 100; ++i) {
         const MATRIX3D r = rng.Rotation();

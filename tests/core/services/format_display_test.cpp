@@ -42,10 +42,7 @@ TEST(FormatSize, RoundsUpAndGroupsDigitsByThrees) {
     ASSERT_EQ(host.stringRequests.size(), std::size(cases));
     EXPECT_EQ(host.stringRequests[0].table, 0u);
     EXPECT_EQ(host.stringRequests[0].id, 2241);
-}
-
-TEST(FormatSize, WithoutAHostTheUnitIsLeftOut) {
-    ScopedHostAPI none(nullptr);
+    ScopedHostAPI none(nullptr); // without a host the unit is left out
     EXPECT_EQ(Size(1234 * 1024), u"1 234");
 }
 

@@ -103,6 +103,12 @@ void AppendNearQuarterTurns(std::vector<Args>& args, SplitMix64& d, int count) {
     }
 }
 
+// The same value and sign, or both NaN.
+bool Same(double got, double want) {
+    return std::isnan(want) ? std::isnan(got)
+                            : got == want && std::signbit(got) == std::signbit(want);
+}
+
 } // namespace
 
 // Sine, cosine and tangent: small and huge arguments, and those next to multiples of pi/2,
@@ -184,16 +190,6 @@ TEST(PortableMathAccuracy, ExponentialLogarithmAndPowerAreWithinOneUlp) {
         "pow", xs, [](Args a) { return q5math::Pow(a[0], a[1]); },
         [](Args a) { return powl(a[0], a[1]); });
 }
-
-namespace {
-
-// The same value and sign, or both NaN.
-bool Same(double got, double want) {
-    return std::isnan(want) ? std::isnan(got)
-                            : got == want && std::signbit(got) == std::signbit(want);
-}
-
-} // namespace
 
 // NaN in gives NaN out, zeros keep their sign, arguments outside the domain give NaN.
 TEST(PortableMathSpecials, FunctionsOfOneArgumentFollowTheCRules) {

@@ -15,7 +15,7 @@ const char* const kTwentyChars = "abcdefghijklmnopqrst";
 
 // The result counts the terminator; a negative size leaves the last element alone; size 1 is
 // the platform's size query and converts nothing.
-TEST(TextConvertSized, CountsTheTerminatorAndHonoursTheCapacity) {
+TEST(TextConvertSized, CountsTheTerminatorHonoursTheCapacityAndFailsOnTooLongText) {
     q5_WCHAR wide[10];
     char narrow[10];
     EXPECT_EQ(AtoWex("abc", wide, 10), 4);
@@ -29,12 +29,7 @@ TEST(TextConvertSized, CountsTheTerminatorAndHonoursTheCapacity) {
     EXPECT_EQ(AtoWex("abc", wide, 1), 4);
     EXPECT_EQ(wide[0], 0);
     EXPECT_EQ(wide[1], kUnused);
-}
-
-// Too long a text fails but keeps the terminator written first; a null text gives empty text.
-TEST(TextConvertSized, TooLongOrNullTextGivesZero) {
-    q5_WCHAR wide[10];
-    char narrow[10];
+    // Too long a text fails but keeps the terminator written first; a null text gives empty text.
     std::fill(wide, wide + 10, kUnused);
     EXPECT_EQ(AtoWex(kTwentyChars, wide, -10), 0);
     EXPECT_EQ(wide[9], kUnused);
