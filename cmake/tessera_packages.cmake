@@ -56,6 +56,8 @@ else()
                   libtinyobjloader-dev libtinygltf-dev libstb-dev nlohmann-json3-dev)
     find_package(assimp CONFIG QUIET)
     _tessera_want(assimp_FOUND "model formats besides OBJ and glTF" OPTIONAL libassimp-dev)
+    find_package(SDL2 CONFIG QUIET)
+    _tessera_want(SDL2_FOUND "tessera-view" OPTIONAL libsdl2-dev)
 
     if(TESSERA_TESTS)
         find_package(GTest QUIET)

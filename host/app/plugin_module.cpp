@@ -1,6 +1,8 @@
 // Loading, initialising and unloading the render-driver module.
 #include "host/app/plugin_module.h"
 
+#include <filesystem>
+
 #include "core/platform/module.h"
 
 namespace {
@@ -60,4 +62,10 @@ std::string PluginModule::DefaultPath(const std::string& folder) {
     if (folder.empty()) return file;
     const char last = folder.back();
     return last == '/' || last == '\\' ? folder + file : folder + "/" + file;
+}
+
+std::string PluginModule::ProgramFolder() {
+    char path[4096];
+    if (q5plat::GetProgramFileNameA(path, sizeof path) == 0) return ".";
+    return std::filesystem::path(path).parent_path().string();
 }

@@ -32,6 +32,8 @@ public:
 
     // The module's file name in `folder`, as the build places it beside every program.
     static std::string DefaultPath(const std::string& folder);
+    // The folder of the running program, where the build places the module; "." when unknown.
+    static std::string ProgramFolder();
 
 private:
     q5_HINSTANCE handle_ = nullptr;

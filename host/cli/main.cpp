@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "core/platform/module.h"
 #include "core/platform/output_file.h"
 #include "core/services/text_convert.h"
 #include "host/app/host_api.h"
@@ -15,9 +14,9 @@
 #include "host/app/plugin_module.h"
 #include "host/app/progress_line.h"
 #include "host/app/render_session.h"
+#include "host/app/scene_loading.h"
 #include "host/cli/options.h"
 #include "host/cli/options_command.h"
-#include "host/formats/model_file.h"
 #include "host/formats/model_formats.h"
 #include "host/formats/png_file.h"
 #include "host/formats/texture_file.h"
@@ -41,21 +40,9 @@ int Fail(const std::string& message, int code = kExitFailure) {
     return code;
 }
 
-std::string ProgramFolder() {
-    char path[4096];
-    if (q5plat::GetProgramFileNameA(path, sizeof path) == 0) return ".";
-    return std::filesystem::path(path).parent_path().string();
-}
-
 double MillisecondsSince(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
         .count();
-}
-
-std::size_t TriangleCount(const Scene& scene) {
-    std::size_t count = 0;
-    for (const SceneObject& o : scene.Objects()) count += o.geometry.triangles.size();
-    return count;
 }
 
 std::string DefaultOutput(const CliOptions& o) {
@@ -95,7 +82,7 @@ int Run(int argc, char** argv) {
         return 0;
     }
     if (options.optionsPage != CliOptions::OptionsPage::None)
-        return RunOptionsPage(options, ProgramFolder(), kProgram);
+        return RunOptionsPage(options, PluginModule::ProgramFolder(), kProgram);
     const std::string output = options.output.empty() ? DefaultOutput(options) : options.output;
     // Several pictures to one stream follow one another, as readers of image pipes expect.
     const bool stream = IsPngStream(output);
@@ -137,13 +124,9 @@ int Run(int argc, char** argv) {
     Scene scene;
     const auto loadStart = std::chrono::steady_clock::now();
     if (!options.model.empty()) {
-        RegisterModelFormats(host);
-        if (!LoadFormatChoices(host, FormatChoicesFile(options.settings), error))
-            return Fail(error);
-        ModelOptions modelOptions;
-        modelOptions.twoSided = options.twoSided;
+        if (!PrepareModelFormats(host, options.settings, error)) return Fail(error);
         std::vector<std::string> warnings;
-        const bool loaded = LoadModel(options.model, scene, modelOptions, warnings, error);
+        const bool loaded = LoadModels({options.model}, options.twoSided, scene, warnings, error);
         for (const std::string& warning : warnings)
             if (!options.quiet)
                 std::fprintf(stderr, "%s: warning: %s\n", kProgram, warning.c_str());
@@ -173,7 +156,7 @@ int Run(int argc, char** argv) {
     if (label.empty() && !options.label.empty())
         return Fail("--label: the text is not UTF-8", kExitUsage);
 
-    const std::string folder = ProgramFolder();
+    const std::string folder = PluginModule::ProgramFolder();
     host.SetProgramName(kProgram);
     host.SetProgramFolder(folder);
     host.LoadLanguage(folder);
@@ -218,6 +201,7 @@ int Run(int argc, char** argv) {
         shot.distance = options.distance.value_or(0.0);
         shot.fovY = options.fov.value_or(scene.fovY);
         shot.fit = scene.fit;
+        shot.target = options.target;
 
         const double startYaw = shot.yaw;
         for (int i = 0; i < count && status == 0; ++i) {

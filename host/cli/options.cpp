@@ -66,6 +66,8 @@ const char* HelpText() {
            "  --distance D             camera distance from the scene's centre (default: fit)\n"
            "  --fov DEGREES            vertical field of view (default 40)\n"
            "  --camera YAW,PITCH[,D[,FOV]]  the three above at once\n"
+           "  --target X,Y,Z           the point the camera orbits and aims at (default: the\n"
+           "                           scene's centre)\n"
            "  --background C|C1,C2     solid colour, or a gradient from top to bottom\n"
            "  --background-image FILE  a PNG, JPEG, TGA or BMP picture behind the scene\n"
            "  --background-mode M      how it fills the frame: stretch (default), centre, tile\n"
@@ -203,6 +205,15 @@ ParseOutcome ParseCommandLine(int argc, const char* const* argv, CliOptions& o,
             o.pitch = n[1];
             if (parts.size() > 2) o.distance = n[2];
             if (parts.size() > 3) o.fov = n[3];
+        } else if (arg == "--target") {
+            if (!need(v)) return ParseOutcome::Error;
+            const auto parts = Split(v, ',');
+            double n[3] = {};
+            if (parts.size() != 3) return bad(v);
+            for (std::size_t k = 0; k < 3; ++k)
+                if (!ParseNumber(parts[k], n[k])) return bad(v);
+            o.target = POINT3D(static_cast<float>(n[0]), static_cast<float>(n[1]),
+                               static_cast<float>(n[2]));
         } else if (arg == "--distance") {
             double d = 0;
             if (!need(v)) return ParseOutcome::Error;

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/math/point.h"
+
 struct CliOptions {
     std::string model;          // a model file; empty: a built-in scene
     std::string scene = "demo"; // the built-in scene
@@ -14,6 +16,7 @@ struct CliOptions {
     std::string output;         // empty: "<scene or model name>.png"
     std::int32_t width = 1280, height = 720;
     std::optional<double> yaw, pitch, distance, fov;
+    std::optional<POINT3D> target; // the orbit centre; unset: the scene's framed centre
     std::optional<std::uint32_t> background[2]; // red in the low byte
     std::string backgroundImage;                // a picture file drawn by the clear
     std::int32_t backgroundMode = 0;            // 0 stretch, 1 tile, 2 centre

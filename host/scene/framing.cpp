@@ -20,7 +20,9 @@ Framing FrameScene(const Bounds& framed, const Bounds& all, const Shot& shot, st
                    std::int32_t height) {
     Framing f;
     const double radius = framed.empty ? 1.0 : std::max<double>(framed.radius, 1e-3);
-    const POINT3D centre = framed.empty ? POINT3D(0, 0, 0) : framed.centre;
+    const POINT3D centre = shot.target ? *shot.target
+                           : framed.empty ? POINT3D(0, 0, 0)
+                                          : framed.centre;
     const double halfY = shot.fovY * std::numbers::pi / 360.0;
     const double halfX = q5math::Atan(q5math::Tan(halfY) * width / std::max(height, 1));
     f.distance = shot.distance > 0

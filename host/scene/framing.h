@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "host/scene/scene.h"
 #include "host/view/camera.h"
@@ -12,6 +13,8 @@ struct Shot {
     double distance = 0.0;           // from the framed centre; 0 or less: fit the framed objects
     double fit = 1.0;                // scales the fitted distance
     double fovY = 40.0;              // degrees
+    // The point the camera orbits and aims at; unset: the centre of the framed objects.
+    std::optional<POINT3D> target;
 };
 
 struct Framing {

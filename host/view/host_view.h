@@ -29,11 +29,13 @@ public:
     q5_RENDERCONTEXT& Context() { return context_; }
     q5_RENDERSETTINGS& Settings() { return settings_; }
     int DetachCount() const { return detached_; }
+    // How often the driver said its settings changed (its Use2Thread, for one).
+    int SettingsChangeCount() const { return settingsChanged_; }
 
     q5_RENDERSETTINGS* RenderSettings() override { return &settings_; }
     std::int32_t DriverQueryValue() override { return 0; }
     void OnDriverDetached(std::int32_t, std::int32_t) override { ++detached_; }
-    void OnDriverSettingsChanged() override {}
+    void OnDriverSettingsChanged() override { ++settingsChanged_; }
     std::uint32_t SecondBackgroundColour() override { return secondBackground_; }
     std::uint32_t FadeColour() override { return fade_; }
     double SupersampleFactor() override { return supersample_; }
@@ -89,4 +91,5 @@ private:
     std::uint32_t fade_ = 0;
     double supersample_ = 1.0;
     int detached_ = 0;
+    int settingsChanged_ = 0;
 };
