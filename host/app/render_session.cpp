@@ -2,6 +2,8 @@
 #include "host/app/render_session.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -64,6 +66,11 @@ bool NothingDrawn(DRIVER3D& d, std::int32_t cleared) {
     return std::all_of(depth, depth + count, [cleared](std::int32_t z) { return z == cleared; });
 }
 
+double MillisecondsSince(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+        .count();
+}
+
 } // namespace
 
 bool RenderSession::AttachDrawer(Drawer& drawer, q5_PROGRESS* progress, q5_HWND window,
@@ -82,6 +89,12 @@ bool RenderSession::AttachDrawer(Drawer& drawer, q5_PROGRESS* progress, q5_HWND 
 
 bool RenderSession::Attach(q5_PROGRESS* progress, std::string& error, q5_HWND window) {
     return AttachDrawer(first_, progress, window, error);
+}
+
+RenderSession::RenderSession() = default;
+
+RenderSession::~RenderSession() {
+    Detach();
 }
 
 void RenderSession::Detach() {
@@ -124,16 +137,28 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
         if (!DrawPart(first_, scene, camera, volume, request, error)) return false;
     } else {
         second_.driver->SetBkImage(request.backgroundPicture);
-        const std::int32_t split = request.height / 2;
+        // Where the work of a scene lies changes little from one frame to the next, so the
+        // split follows the two halves' last times. Any row gives the same pixels.
+        const std::int32_t split =
+            splitShare_ > 0.0 ? std::clamp(static_cast<std::int32_t>(splitShare_ * request.height),
+                                           1, request.height - 1)
+                              : request.height / 2;
         std::string secondError;
         bool secondDrawn = false;
+        double bottomMs = 0.0;
         std::thread bottom([&] {
+            const auto start = std::chrono::steady_clock::now();
             secondDrawn = DrawPart(second_, scene, camera, volume.Half(FrameHalf::Bottom, split),
                                    request, secondError);
+            bottomMs = MillisecondsSince(start);
         });
+        const auto start = std::chrono::steady_clock::now();
         const bool firstDrawn =
             DrawPart(first_, scene, camera, volume.Half(FrameHalf::Top, split), request, error);
+        const double topMs = MillisecondsSince(start);
         bottom.join();
+        splitShare_ = BalancedSplit(split, request.height, topMs, bottomMs) /
+                      static_cast<double>(request.height);
         second_.driver->SetBkImage(nullptr);
         if (!firstDrawn) return false;
         if (!secondDrawn) {
@@ -160,6 +185,19 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
     return true;
 }
 
+std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, double bottomMs) {
+    const double total = topMs + bottomMs;
+    const std::int32_t least = std::max(1, rows / 8), most = std::min(rows - 1, rows - rows / 8);
+    if (!(total > 0.0)) return std::clamp(split, least, most);
+    // Each half's time per row, taken as even within the half: the split moves to where the
+    // estimated times meet, by half of the way, so one odd frame does not throw it far.
+    const double topRate = topMs / std::max(split, 1),
+                 bottomRate = bottomMs / std::max(rows - split, 1);
+    const double meet = bottomRate * rows / (topRate + bottomRate);
+    const double next = split + 0.5 * (meet - split);
+    return std::clamp(static_cast<std::int32_t>(std::lround(next)), least, most);
+}
+
 bool RenderSession::JoinHalves(std::int32_t splitRow, std::string& error) {
     DRIVER3D& top = *first_.driver;
     DRIVER3D& bottom = *second_.driver;
@@ -170,10 +208,9 @@ bool RenderSession::JoinHalves(std::int32_t splitRow, std::string& error) {
     auto* depth = reinterpret_cast<std::uint8_t*>(top.GetValue(kValueDepthBits, 0));
     const auto* depthBelow =
         reinterpret_cast<const std::uint8_t*>(bottom.GetValue(kValueDepthBits, 0));
-    if (colour == nullptr || colourBelow == nullptr || depth == nullptr ||
-        depthBelow == nullptr || bottom.GetValue(kValueWidth, 0) != width ||
-        bottom.GetValue(kValueHeight, 0) != height || height < splitRow ||
-        top.GetValue(kValueDepthBytes, 0) != 4 * width * height ||
+    if (colour == nullptr || colourBelow == nullptr || depth == nullptr || depthBelow == nullptr ||
+        bottom.GetValue(kValueWidth, 0) != width || bottom.GetValue(kValueHeight, 0) != height ||
+        height < splitRow || top.GetValue(kValueDepthBytes, 0) != 4 * width * height ||
         bottom.GetValue(kValueDepthBytes, 0) != 4 * width * height) {
         error = "the two halves of the frame do not match (out of memory?)";
         return false;
@@ -230,14 +267,15 @@ bool RenderSession::DrawPart(Drawer& drawer, const Scene& scene, const Camera& c
     state.viewDirection[2] = -1.0;
 
     const auto& objects = scene.Objects();
-    std::vector<std::unique_ptr<FrameMesh>> meshes;
+    // Kept from frame to frame, so that their tables are not allocated again.
+    std::vector<std::unique_ptr<FrameMesh>>& meshes = drawer.meshes;
+    meshes.resize(objects.size());
     std::vector<std::size_t> opaque, blended;
     for (std::size_t i = 0; i < objects.size(); ++i) {
-        auto mesh = std::make_unique<FrameMesh>();
-        mesh->Build(objects[i], scene.Material(objects[i].material), scene.lighting, camera,
-                    volume);
+        if (!meshes[i]) meshes[i] = std::make_unique<FrameMesh>();
+        meshes[i]->Build(objects[i], scene.Material(objects[i].material), scene.lighting, camera,
+                         volume);
         (objects[i].opacity < 1.0f ? blended : opaque).push_back(i);
-        meshes.push_back(std::move(mesh));
     }
     std::stable_sort(blended.begin(), blended.end(), [&](std::size_t a, std::size_t b) {
         return meshes[a]->CentreDepth() > meshes[b]->CentreDepth();
@@ -275,7 +313,8 @@ bool RenderSession::DrawPart(Drawer& drawer, const Scene& scene, const Camera& c
             draw(segments, 1.0f, 0);
         }
         meshes[i]->ProjectPoints(objects[i], view, colour, points);
-        if (!points.empty()) d.DrawScreenPoints(points.data(), static_cast<std::int32_t>(points.size()));
+        if (!points.empty())
+            d.DrawScreenPoints(points.data(), static_cast<std::int32_t>(points.size()));
     }
 
     q5_MATERIAL outline;
@@ -309,9 +348,9 @@ bool RenderSession::DrawPart(Drawer& drawer, const Scene& scene, const Camera& c
 
 bool RenderSession::ReadFrame(Image& image, std::string& error) {
     DRIVER3D* d = first_.driver;
-    const auto* bits =
-        d != nullptr ? reinterpret_cast<const std::uint8_t*>(d->GetValue(kValueColourBits, 0))
-                     : nullptr;
+    const auto* bits = d != nullptr
+                           ? reinterpret_cast<const std::uint8_t*>(d->GetValue(kValueColourBits, 0))
+                           : nullptr;
     const auto width = d != nullptr ? static_cast<std::int32_t>(d->GetValue(kValueWidth, 0)) : 0;
     const auto height = d != nullptr ? static_cast<std::int32_t>(d->GetValue(kValueHeight, 0)) : 0;
     if (bits == nullptr || width != width_ || height != height_) {

@@ -2,13 +2,16 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "host/formats/png_file.h"
 #include "host/view/host_view.h"
 #include "interface/types.h"
 
 class Camera;
+class FrameMesh;
 class Scene;
 class DRIVER3D;
 class TPicture;
@@ -31,10 +34,14 @@ struct FrameRequest {
     bool twoThreads = false;
 };
 
+// The row where two drivers should split the next frame of `rows` rows, from the last frame's
+// split and the times each half took.
+std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, double bottomMs);
+
 class RenderSession {
 public:
-    RenderSession() = default;
-    ~RenderSession() { Detach(); }
+    RenderSession();
+    ~RenderSession();
     RenderSession(const RenderSession&) = delete;
     RenderSession& operator=(const RenderSession&) = delete;
 
@@ -65,6 +72,7 @@ private:
         HostView view;
         DRIVER3D* driver = nullptr;
         bool drewSomething = false; // in the last frame
+        std::vector<std::unique_ptr<FrameMesh>> meshes;
     };
     bool AttachDrawer(Drawer& drawer, q5_PROGRESS* progress, q5_HWND window, std::string& error);
     // Everything of a frame one driver draws, up to the end of the frame.
@@ -76,4 +84,5 @@ private:
     Drawer first_, second_;
     std::int32_t width_ = 0, height_ = 0;
     bool halves_ = false;
+    double splitShare_ = 0.0; // where the last frame of halves was split; 0: the middle
 };

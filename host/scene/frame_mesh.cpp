@@ -117,7 +117,8 @@ void FrameMesh::Link(q5_MATERIAL* material) {
 
 void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
                       const Lighting& lighting, const Camera& camera, const ViewVolume& volume) {
-    std::vector<POINT3D> worldNormals, worldPositions;
+    std::vector<POINT3D>& worldNormals = worldNormals_;
+    std::vector<POINT3D>& worldPositions = worldPositions_;
     Place(object, camera, volume, &worldNormals, &worldPositions);
 
     // A diffuse texture is modulated by the vertex colours, so those carry only the light.

@@ -50,6 +50,7 @@ private:
     q5_MATERIAL* materialSlot_ = nullptr;
     std::vector<q5_MESHVERTEX> vertices_;
     std::vector<std::uint8_t> drawn_; // per vertex: a kept face uses it
+    std::vector<POINT3D> worldNormals_, worldPositions_; // Build's, kept for their room
     std::vector<q5_VERTEXCOLOUR> primary_;
     std::vector<q5_COLOUR6> secondary_;
     std::vector<q5_MESHFACE> faces_;

@@ -132,8 +132,8 @@ TEST_F(TwoDrivers, HalvesJoinIntoTheWholeFrame) {
     ASSERT_NE(backdrop, nullptr);
     for (std::int32_t y = 0; y < 23; ++y)
         for (std::int32_t x = 0; x < 37; ++x)
-            backdrop->SetPixel(x, y, static_cast<std::uint8_t>(7 * x), static_cast<std::uint8_t>(11 * y),
-                               static_cast<std::uint8_t>(x ^ y));
+            backdrop->SetPixel(x, y, static_cast<std::uint8_t>(7 * x),
+                               static_cast<std::uint8_t>(11 * y), static_cast<std::uint8_t>(x ^ y));
     std::vector<Take> takes = {
         {10.5, false, false, false},
         {47.25, true, false, false},
@@ -164,6 +164,19 @@ TEST_F(TwoDrivers, HalvesJoinIntoTheWholeFrame) {
     EXPECT_TRUE(low.RenderAll() == lowWhole.RenderAll());
     q5plat::OverrideProcessorCount(0);
     backdrop->Release();
+}
+
+// The split moves toward the slower half's rows, by half the way to where the times would
+// meet, and keeps each half at least an eighth of the frame.
+TEST(TwoDriversSplit, MovesHalfWayTowardEqualTimes) {
+    EXPECT_EQ(BalancedSplit(500, 1000, 10.0, 10.0), 500);
+    // The top's rows cost three times the bottom's: they meet at row 250.
+    EXPECT_EQ(BalancedSplit(500, 1000, 30.0, 10.0), 375);
+    EXPECT_EQ(BalancedSplit(500, 1000, 10.0, 30.0), 625);
+    EXPECT_EQ(BalancedSplit(500, 1000, 1000.0, 1.0), 250);
+    EXPECT_EQ(BalancedSplit(200, 1000, 1000.0, 1.0), 125);
+    EXPECT_EQ(BalancedSplit(900, 1000, 1.0, 1000.0), 875);
+    EXPECT_EQ(BalancedSplit(333, 1000, 0.0, 0.0), 333);
 }
 
 } // namespace
