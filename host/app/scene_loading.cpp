@@ -2,6 +2,7 @@
 #include "host/app/scene_loading.h"
 
 #include "host/app/host_api.h"
+#include "host/app/ini_settings.h"
 #include "host/formats/model_file.h"
 #include "host/formats/model_formats.h"
 #include "host/scene/scene.h"
@@ -30,4 +31,13 @@ std::size_t TriangleCount(const Scene& scene) {
     std::size_t count = 0;
     for (const SceneObject& o : scene.Objects()) count += o.geometry.triangles.size();
     return count;
+}
+
+bool ModelFormatList(const std::string& settingsFile, std::string& list, std::string& error) {
+    IniSettings none;
+    HostAPI formats(none);
+    if (!PrepareModelFormats(formats, settingsFile, error)) return false;
+    list = ListModelFormats();
+    if (*MissingFormatsHint() != 0) list += std::string("(") + MissingFormatsHint() + ")\n";
+    return true;
 }

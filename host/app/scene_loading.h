@@ -19,3 +19,7 @@ bool LoadModels(const std::vector<std::string>& paths, bool twoSided, Scene& sce
                 std::vector<std::string>& warnings, std::string& error);
 
 std::size_t TriangleCount(const Scene& scene);
+
+// The model formats the program reads, as --list-formats prints them, with the format choices
+// kept beside the settings file; false with a reason.
+bool ModelFormatList(const std::string& settingsFile, std::string& list, std::string& error);

@@ -17,7 +17,6 @@
 #include "host/app/scene_loading.h"
 #include "host/cli/options.h"
 #include "host/cli/options_command.h"
-#include "host/formats/model_formats.h"
 #include "host/formats/png_file.h"
 #include "host/formats/texture_file.h"
 #include "host/scene/builtin_scenes.h"
@@ -72,13 +71,9 @@ int Run(int argc, char** argv) {
         break;
     }
     if (options.listFormats) {
-        IniSettings none;
-        HostAPI formats(none);
-        RegisterModelFormats(formats);
-        if (!LoadFormatChoices(formats, FormatChoicesFile(options.settings), error))
-            return Fail(error);
-        std::fputs(ListModelFormats().c_str(), stdout);
-        if (*MissingFormatsHint() != 0) std::printf("(%s)\n", MissingFormatsHint());
+        std::string list;
+        if (!ModelFormatList(options.settings, list, error)) return Fail(error);
+        std::fputs(list.c_str(), stdout);
         return 0;
     }
     if (options.optionsPage != CliOptions::OptionsPage::None)

@@ -35,6 +35,7 @@ const char* const kUsage =
     "  --no-heads-up            start without the line of name, triangles and frame time\n"
     "  --settings FILE          INI file of driver settings; the options page saves to it\n"
     "  --script FILE            run the input steps of FILE as if a user made them\n"
+    "  --list-formats           list the model formats this program reads\n"
     "  --benchmark-orbit N      draw N frames turning once around the scene, print the\n"
     "                           frames per second and end\n"
     "  -h, --help               show this text\n";
@@ -60,6 +61,7 @@ struct Arguments {
     int twoThreads = -1; // -1: as the settings say
     std::string settings, script;
     int benchmarkFrames = 0;
+    bool listFormats = false;
 };
 
 // False with `error` on a wrong argument; `help` when the user asked for the usage.
@@ -98,6 +100,8 @@ bool Parse(int argc, char** argv, Arguments& a, bool& help, std::string& error) 
                 return false;
             }
             a.twoThreads = v == "on" ? 1 : 0;
+        } else if (arg == "--list-formats") {
+            a.listFormats = true;
         } else if (arg == "--no-heads-up") {
             a.viewer.headsUp = false;
         } else if (arg == "--settings") {
@@ -135,6 +139,12 @@ int Run(int argc, char** argv) {
     if (!Parse(argc, argv, a, help, error)) return Fail(error + " (see --help)", kExitUsage);
     if (help) {
         std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (a.listFormats) {
+        std::string list;
+        if (!ModelFormatList(a.settings, list, error)) return Fail(error);
+        std::fputs(list.c_str(), stdout);
         return 0;
     }
     std::vector<ScriptStep> steps;
