@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -190,8 +189,8 @@ bool DrawMeshFrame(DRIVER3D& d, ViewSpaceMesh& scene, bool cull) {
 
 // Share of the frame the last frame wrote, to check against the peer's.
 void CountWritten(benchmark::State& state, DRIVER3D& d) {
-    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(104, 0));
-    const std::int64_t entries = d.GetValue(105, 0) / 4;
+    const auto* depth = reinterpret_cast<const std::int32_t*>(d.GetValue(kValueDepthBits, 0));
+    const std::int64_t entries = d.GetValue(kValueDepthBytes, 0) / 4;
     std::int64_t written = 0;
     for (std::int64_t i = 0; i < entries; ++i) written += depth[i] != kDepthEmpty;
     state.counters["written%"] =
@@ -227,8 +226,6 @@ void MeshPipelineInHalves(benchmark::State& state, bool cull) {
     ViewSpaceMesh top(MeshSet(), FrameHalf::Top), bottom(MeshSet(), FrameHalf::Bottom);
     DRIVER3D& upper = Prepare(p.session, top);
     DRIVER3D& lower = Prepare(p.lower, bottom);
-    constexpr std::size_t kRow = 4 * workload::Mesh::kWidth;
-    constexpr std::size_t kRowsBelow = workload::Mesh::kHeight - kSplitRow;
     for (auto _ : state) {
         bool lowerWalked = false;
         std::thread second([&] { lowerWalked = DrawMeshFrame(lower, bottom, cull); });
@@ -238,13 +235,11 @@ void MeshPipelineInHalves(benchmark::State& state, bool cull) {
             state.SkipWithError("the face walk did not finish");
             return;
         }
-        // Colour rows are stored bottom row first, depth rows top row first.
-        std::memcpy(reinterpret_cast<void*>(upper.GetValue(102, 0)),
-                    reinterpret_cast<const void*>(lower.GetValue(102, 0)), kRowsBelow * kRow);
-        std::memcpy(reinterpret_cast<std::uint8_t*>(upper.GetValue(104, 0)) + kSplitRow * kRow,
-                    reinterpret_cast<const std::uint8_t*>(lower.GetValue(104, 0)) +
-                        kSplitRow * kRow,
-                    kRowsBelow * kRow);
+        std::string error;
+        if (!JoinFrameHalves(upper, lower, kSplitRow, error)) {
+            state.SkipWithError(error.c_str());
+            return;
+        }
     }
     CountWritten(state, upper);
 }

@@ -29,6 +29,18 @@ inline constexpr std::int64_t kLayoutCheck19 = 1200;
 inline constexpr std::int64_t kLayoutCheck20 = 576;
 inline constexpr std::int32_t kDriverInterfaceVersion = 145;
 
+// QueryCaps ids the hosts read: the driver's "Render\ZB\Use2Thread" and "Render\ZB\Refine".
+inline constexpr std::int32_t kCapsUseTwoThreads = 15;
+inline constexpr std::int32_t kCapsRefine = 16;
+// GetValue ids of the finished frame.
+inline constexpr std::int32_t kValueWidth = 100;
+inline constexpr std::int32_t kValueHeight = 101;
+inline constexpr std::int32_t kValueColourBits = 102;
+inline constexpr std::int32_t kValueDepthBits = 104;
+inline constexpr std::int32_t kValueDepthBytes = 105;
+// What ClearFrame leaves in every depth entry: nothing drawn there.
+inline constexpr std::int32_t kClearedDepth = 0x7FFFFFFF;
+
 class DRIVER3D;
 
 // The 27 abstract operations from slot 11 on are declared by DRIVER3D, which knows their

@@ -32,12 +32,6 @@ enum Phase : std::int32_t {
     kSupersampleDone = 6,
 };
 
-// GetValue ids of the finished frame.
-constexpr std::int32_t kValueWidth = 100;
-constexpr std::int32_t kValueHeight = 101;
-constexpr std::int32_t kValueColourBits = 102;
-constexpr std::int32_t kValueDepthBytes = 105;
-constexpr std::int32_t kValueDepthBits = 104;
 // The driver sizes each surface in 32 bits.
 constexpr std::uint64_t kMaxSurfaceBytes = 0xFFFFFFFFu;
 
@@ -54,8 +48,6 @@ constexpr std::int32_t kLabelMargin = 8;
 constexpr std::int32_t kMaxSide = 16384;
 // Below this many rows a frame is not worth a second thread.
 constexpr std::int32_t kMinRowsForHalves = 64;
-// What clearing leaves in every depth entry.
-constexpr std::int32_t kClearedDepth = 0x7FFFFFFF;
 
 // True when no depth of the frame being drawn moved from what clearing left: nothing of the
 // scene reached a pixel.
@@ -165,7 +157,7 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
             error = secondError;
             return false;
         }
-        if (!JoinHalves(split, error)) return false;
+        if (!JoinFrameHalves(*first_.driver, *second_.driver, split, error)) return false;
         halves_ = true;
     }
 
@@ -198,9 +190,7 @@ std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, 
     return std::clamp(static_cast<std::int32_t>(std::lround(next)), least, most);
 }
 
-bool RenderSession::JoinHalves(std::int32_t splitRow, std::string& error) {
-    DRIVER3D& top = *first_.driver;
-    DRIVER3D& bottom = *second_.driver;
+bool JoinFrameHalves(DRIVER3D& top, DRIVER3D& bottom, std::int32_t splitRow, std::string& error) {
     const std::int64_t width = top.GetValue(kValueWidth, 0), height = top.GetValue(kValueHeight, 0);
     auto* colour = reinterpret_cast<std::uint8_t*>(top.GetValue(kValueColourBits, 0));
     const auto* colourBelow =

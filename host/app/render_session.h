@@ -38,6 +38,10 @@ struct FrameRequest {
 // split and the times each half took.
 std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, double bottomMs);
 
+// Copies the rows from `splitRow` down, colour and depth, from `bottom`'s finished frame into
+// `top`'s, of the same size; false with a reason when the frames do not match.
+bool JoinFrameHalves(DRIVER3D& top, DRIVER3D& bottom, std::int32_t splitRow, std::string& error);
+
 class RenderSession {
 public:
     RenderSession();
@@ -78,8 +82,6 @@ private:
     // Everything of a frame one driver draws, up to the end of the frame.
     bool DrawPart(Drawer& drawer, const Scene& scene, const Camera& camera,
                   const ViewVolume& volume, const FrameRequest& request, std::string& error);
-    // Moves the second driver's half into the first driver's surfaces.
-    bool JoinHalves(std::int32_t splitRow, std::string& error);
 
     Drawer first_, second_;
     std::int32_t width_ = 0, height_ = 0;

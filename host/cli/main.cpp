@@ -30,9 +30,6 @@ namespace {
 constexpr const char* kProgram = "tessera-render";
 constexpr int kExitFailure = 1;
 constexpr int kExitUsage = 2;
-// QueryCaps ids of the driver's "Render\ZB\Use2Thread" and "Render\ZB\Refine" settings.
-constexpr std::int32_t kCapsUseTwoThreads = 15;
-constexpr std::int32_t kCapsRefine = 16;
 
 int Fail(const std::string& message, int code = kExitFailure) {
     std::fprintf(stderr, "%s: %s\n", kProgram, message.c_str());

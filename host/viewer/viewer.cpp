@@ -23,17 +23,7 @@ using q5plat::WindowEventKind;
 constexpr const char* kProgram = "tessera-view";
 // A host message level that is neither information nor an error.
 constexpr std::int32_t kReportWarning = 2;
-// QueryCaps ids of the driver's "Render\ZB\Use2Thread" and "Render\ZB\Refine" settings.
-constexpr std::int32_t kCapsTwoThreads = 15;
-constexpr std::int32_t kCapsRefine = 16;
 constexpr const char* kUse2Thread = "Render\\ZB\\Use2Thread";
-// GetValue ids of the finished frame.
-constexpr std::int32_t kValueWidth = 100;
-constexpr std::int32_t kValueHeight = 101;
-constexpr std::int32_t kValueDepthBits = 104;
-constexpr std::int32_t kValueDepthBytes = 105;
-// A depth entry nothing was drawn on.
-constexpr std::int32_t kDepthEmpty = 0x7FFFFFFF;
 
 // Text overlays: the driver's 13-pixel face, a line every 18 pixels from the top-left corner.
 constexpr std::int32_t kMargin = 8;
@@ -83,7 +73,7 @@ Viewer::Viewer(ViewerWindow& window, HostAPI& host, IniSettings& settings,
 
 bool Viewer::Start(std::string& error) {
     if (!session_.Attach(nullptr, error, window_.DriverWindow())) return false;
-    twoThreads_ = session_.Driver()->QueryCaps(kCapsTwoThreads) != 0;
+    twoThreads_ = session_.Driver()->QueryCaps(kCapsUseTwoThreads) != 0;
     return true;
 }
 
@@ -520,7 +510,7 @@ void Viewer::CentreOnPixel(std::int32_t x, std::int32_t y) {
         return;
     if (count < std::int64_t{width} * height) return;
     const std::int32_t z = depth[std::int64_t{y} * width + x];
-    if (z == kDepthEmpty) {
+    if (z == kClearedDepth) {
         message_ = "nothing under the cursor to centre on";
         messageIsError_ = false;
         dirty_ = true;
@@ -571,7 +561,7 @@ void Viewer::ShowOptions() {
     }
     // The driver tells its view when "Render\ZB\Use2Thread" changed.
     if (session_.View().SettingsChangeCount() != changesBefore)
-        twoThreads_ = session_.Driver()->QueryCaps(kCapsTwoThreads) != 0;
+        twoThreads_ = session_.Driver()->QueryCaps(kCapsUseTwoThreads) != 0;
     message_ = applied ? "options applied" : "options cancelled";
     messageIsError_ = false;
     dirty_ = true;

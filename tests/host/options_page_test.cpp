@@ -28,8 +28,6 @@ constexpr const char* kUse2Thread = "Render\\ZB\\Use2Thread";
 constexpr const char* kRefine = "Render\\ZB\\Refine";
 constexpr const char* kHQ = "Render\\ZB\\HQ";
 constexpr const char* kHQtri = "Render\\ZB\\HQtri";
-constexpr std::int32_t kCapsUseTwoThreads = 15;
-constexpr std::int32_t kCapsRefine = 16;
 
 class OptionsPage : public ::testing::Test {
 protected:
