@@ -118,10 +118,12 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
     height_ = request.height;
 
     // The second driver has no progress object: the progress line is the first's alone, and
-    // cancelling stops the first, whose frame is then not read.
+    // cancelling stops the first, whose frame is then not read. Without a second driver the
+    // first draws the whole frame.
+    std::string noSecondDriver;
     const bool halves = request.twoThreads && request.height >= kMinRowsForHalves &&
                         q5plat::ProcessorCount() >= 2 &&
-                        AttachDrawer(second_, nullptr, nullptr, error);
+                        AttachDrawer(second_, nullptr, nullptr, noSecondDriver);
     // Holding the picture counts references, which must not happen on two threads at once.
     first_.driver->SetBkImage(request.backgroundPicture);
     if (!halves) {
