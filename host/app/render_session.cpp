@@ -131,12 +131,7 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
         if (!DrawPart(first_, scene, camera, volume, request, error)) return false;
     } else {
         second_.driver->SetBkImage(request.backgroundPicture);
-        // Where the work of a scene lies changes little from one frame to the next, so the
-        // split follows the two halves' last times. Any row gives the same pixels.
-        const std::int32_t split =
-            splitShare_ > 0.0 ? std::clamp(static_cast<std::int32_t>(splitShare_ * request.height),
-                                           1, request.height - 1)
-                              : request.height / 2;
+        const std::int32_t split = balancer_.Split(request.height);
         std::string secondError;
         bool secondDrawn = false;
         double bottomMs = 0.0;
@@ -151,8 +146,7 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
             DrawPart(first_, scene, camera, volume.Half(FrameHalf::Top, split), request, error);
         const double topMs = MillisecondsSince(start);
         bottom.join();
-        splitShare_ = BalancedSplit(split, request.height, topMs, bottomMs) /
-                      static_cast<double>(request.height);
+        balancer_.Observe(split, request.height, topMs, bottomMs);
         second_.driver->SetBkImage(nullptr);
         if (!firstDrawn) return false;
         if (!secondDrawn) {
@@ -177,19 +171,6 @@ bool RenderSession::DrawFrame(const Scene& scene, const Camera& camera, const Vi
         return false;
     }
     return true;
-}
-
-std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, double bottomMs) {
-    const double total = topMs + bottomMs;
-    const std::int32_t least = std::max(1, rows / 8), most = std::min(rows - 1, rows - rows / 8);
-    if (!(total > 0.0)) return std::clamp(split, least, most);
-    // Each half's time per row, taken as even within the half: the split moves to where the
-    // estimated times meet, by half of the way, so one odd frame does not throw it far.
-    const double topRate = topMs / std::max(split, 1),
-                 bottomRate = bottomMs / std::max(rows - split, 1);
-    const double meet = bottomRate * rows / (topRate + bottomRate);
-    const double next = split + 0.5 * (meet - split);
-    return std::clamp(static_cast<std::int32_t>(std::lround(next)), least, most);
 }
 
 bool JoinFrameHalves(DRIVER3D& top, DRIVER3D& bottom, std::int32_t splitRow, std::string& error) {

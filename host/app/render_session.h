@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/app/split_balancer.h"
 #include "host/formats/png_file.h"
 #include "host/view/host_view.h"
 #include "interface/types.h"
@@ -33,10 +34,6 @@ struct FrameRequest {
     // "Render\ZB\Use2Thread": a second driver on a second thread draws the bottom half.
     bool twoThreads = false;
 };
-
-// The row where two drivers should split the next frame of `rows` rows, from the last frame's
-// split and the times each half took.
-std::int32_t BalancedSplit(std::int32_t split, std::int32_t rows, double topMs, double bottomMs);
 
 // Copies the rows from `splitRow` down, colour and depth, from `bottom`'s finished frame into
 // `top`'s, of the same size; false with a reason when the frames do not match.
@@ -86,5 +83,5 @@ private:
     Drawer first_, second_;
     std::int32_t width_ = 0, height_ = 0;
     bool halves_ = false;
-    double splitShare_ = 0.0; // where the last frame of halves was split; 0: the middle
+    SplitBalancer balancer_;
 };

@@ -2,6 +2,7 @@
 #include "host/scene/frame_mesh.h"
 
 #include <cmath>
+#include <cstring>
 
 #include "core/services/portable_math.h"
 #include "host/view/camera.h"
@@ -36,69 +37,102 @@ POINT3D Unit(POINT3D v) {
     return v;
 }
 
+bool SameColour(const Rgb& a, const Rgb& b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue;
+}
+
+bool SameDirection(const POINT3D& a, const POINT3D& b) {
+    return a.x == b.x && a.y == b.y && a.z == b.z;
+}
+
+bool SameLighting(const Lighting& a, const Lighting& b) {
+    return SameColour(a.ambient, b.ambient) && SameColour(a.key.colour, b.key.colour) &&
+           SameDirection(a.key.direction, b.key.direction) &&
+           SameColour(a.fill.colour, b.fill.colour) &&
+           SameDirection(a.fill.direction, b.fill.direction);
+}
+
 } // namespace
 
-void FrameMesh::Place(const SceneObject& object, const Camera& camera, const ViewVolume& volume,
-                      std::vector<POINT3D>* worldNormals, std::vector<POINT3D>* worldPositions) {
+void FrameMesh::Refresh(const SceneObject& object, bool withNormals) {
     const MeshGeometry& g = object.geometry;
-    vertices_.resize(g.positions.size());
-    if (worldPositions) worldPositions->resize(g.positions.size());
-    if (worldNormals) worldNormals->resize(g.positions.size());
-    normals_.resize(g.positions.size());
+    const std::size_t n = g.positions.size();
+    const bool current = object.serial != 0 && object.serial == serial_ &&
+                         worldPositions_.size() == n &&
+                         std::memcmp(object.placement.m, placement_.m, sizeof placement_.m) == 0;
+    if (!current) {
+        serial_ = object.serial;
+        placement_ = object.placement;
+        worldPositions_.resize(n);
+        for (std::size_t i = 0; i < n; ++i)
+            worldPositions_[i] = object.placement.PointTransform(g.positions[i]);
+        POINT3D centre(0, 0, 0);
+        for (const POINT3D& p : g.positions) {
+            centre.x += p.x;
+            centre.y += p.y;
+            centre.z += p.z;
+        }
+        if (n != 0) {
+            const float count = static_cast<float>(n);
+            centre = POINT3D(centre.x / count, centre.y / count, centre.z / count);
+        }
+        worldCentre_ = object.placement.PointTransform(centre);
+        texcoords_.resize(n);
+        for (std::size_t i = 0; i < n; ++i)
+            texcoords_[i] = i < g.uvs.size() ? std::array<float, 2>{g.uvs[i].x, g.uvs[i].y}
+                                             : std::array<float, 2>{0, 0};
+        worldNormals_.clear();
+        lightKey_.reset();
+    }
+    if (withNormals && worldNormals_.size() != n) {
+        worldNormals_.resize(n);
+        for (std::size_t i = 0; i < n; ++i)
+            worldNormals_[i] = Unit(object.placement.VectorTransform(g.normals[i]));
+    }
+}
+
+void FrameMesh::Place(const SceneObject& object, const Camera& camera, const ViewVolume& volume,
+                      bool viewNormals) {
+    const MeshGeometry& g = object.geometry;
+    const std::size_t n = g.positions.size();
+    vertices_.resize(n);
     std::uint8_t all = kClipAllPlanes | kClipOtherHalf;
-    for (std::size_t i = 0; i < g.positions.size(); ++i) {
-        const POINT3D world = object.placement.PointTransform(g.positions[i]);
-        const POINT3D view = camera.PointToView(world);
+    for (std::size_t i = 0; i < n; ++i) {
+        const POINT3D view = camera.PointToView(worldPositions_[i]);
         vertices_[i] = {view.x, view.y, view.z, volume.ClipCode(view.x, view.y, view.z)};
         all &= vertices_[i].clipCode;
-        if (worldPositions) (*worldPositions)[i] = world;
     }
-    outside_ = g.positions.empty() || all != 0;
-
-    POINT3D centre(0, 0, 0);
-    for (const POINT3D& p : g.positions) {
-        centre.x += p.x;
-        centre.y += p.y;
-        centre.z += p.z;
-    }
-    if (!g.positions.empty()) {
-        const float n = static_cast<float>(g.positions.size());
-        centre = POINT3D(centre.x / n, centre.y / n, centre.z / n);
-    }
-    centreDepth_ = camera.PointToView(object.placement.PointTransform(centre)).z;
+    outside_ = n == 0 || all != 0;
+    centreDepth_ = camera.PointToView(worldCentre_).z;
 
     // The driver would reject a face whose corners all lie outside one plane, or all in the
     // half of the frame it does not draw; leaving it out spares the driver's walk.
     faces_.clear();
     corners_.clear();
-    drawn_.assign(vertices_.size(), 0);
+    drawn_.assign(n, 0);
     faces_.reserve(g.triangles.size());
     corners_.reserve(g.triangles.size());
     for (const MeshGeometry::Triangle& t : g.triangles) {
-        if (t.v[0] < vertices_.size() && t.v[1] < vertices_.size() && t.v[2] < vertices_.size() &&
+        if (t.v[0] < n && t.v[1] < n && t.v[2] < n &&
             (vertices_[t.v[0]].clipCode & vertices_[t.v[1]].clipCode & vertices_[t.v[2]].clipCode &
              (kClipAllPlanes | kClipOtherHalf)) != 0)
             continue;
         faces_.push_back({0, t.edges, {t.v[0], t.v[1], t.v[2]}});
         corners_.push_back({t.v[0], t.v[1], t.v[2]});
         for (std::uint32_t v : t.v)
-            if (v < drawn_.size()) drawn_[v] = 1;
+            if (v < n) drawn_[v] = 1;
     }
-    // Normals, and in Build the light, only where a kept face reads them.
-    for (std::size_t i = 0; i < g.positions.size(); ++i) {
+    // The driver reads normals only to sphere-map a reflection, and only a kept face's.
+    normals_.resize(viewNormals ? n : 0);
+    if (!viewNormals) return;
+    for (std::size_t i = 0; i < n; ++i) {
         if (!drawn_[i]) continue;
-        const POINT3D normal = Unit(object.placement.VectorTransform(g.normals[i]));
-        const POINT3D viewNormal = Unit(camera.DirectionToView(normal));
+        const POINT3D viewNormal = Unit(camera.DirectionToView(worldNormals_[i]));
         normals_[i] = {viewNormal.x, viewNormal.y, viewNormal.z};
-        if (worldNormals) (*worldNormals)[i] = normal;
     }
-    texcoords_.resize(g.positions.size());
-    for (std::size_t i = 0; i < g.positions.size(); ++i)
-        texcoords_[i] = i < g.uvs.size() ? std::array<float, 2>{g.uvs[i].x, g.uvs[i].y}
-                                         : std::array<float, 2>{0, 0};
 }
 
-void FrameMesh::Link(q5_MATERIAL* material) {
+void FrameMesh::Link(q5_MATERIAL* material, bool withNormals) {
     materialSlot_ = material;
     mesh_ = q5_MESH{};
     mesh_.vertices = vertices_.data();
@@ -108,58 +142,80 @@ void FrameMesh::Link(q5_MATERIAL* material) {
     mesh_.faceColours = faceColours_.data();
     mesh_.cornerNormalIndex = reinterpret_cast<const std::uint32_t(*)[3]>(corners_.data());
     mesh_.cornerTexcoordIndex = reinterpret_cast<const std::uint32_t(*)[3]>(corners_.data());
-    mesh_.normals = reinterpret_cast<const float(*)[3]>(normals_.data());
+    mesh_.normals =
+        withNormals ? reinterpret_cast<const float(*)[3]>(normals_.data()) : nullptr;
     mesh_.texcoords = reinterpret_cast<const float(*)[2]>(texcoords_.data());
     mesh_.materials = &materialSlot_;
     mesh_.materialCount = 1;
     mesh_.defaultMaterial = material;
 }
 
-void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
-                      const Lighting& lighting, const Camera& camera, const ViewVolume& volume) {
-    std::vector<POINT3D>& worldNormals = worldNormals_;
-    std::vector<POINT3D>& worldPositions = worldPositions_;
-    Place(object, camera, volume, &worldNormals, &worldPositions);
-
+void FrameMesh::Light(const HostMaterial& material, const Lighting& lighting,
+                      const Camera& camera) {
     // A diffuse texture is modulated by the vertex colours, so those carry only the light.
     const bool textured = material.driver.textures[kSlotDiffuse] != nullptr;
     const Rgb base = textured ? Rgb{1, 1, 1} : material.colour;
+    const std::size_t n = worldPositions_.size();
+    const bool eyeFree = material.specular <= 0;
+    const LightKey key{lighting, base, material.shininess};
+    if (!eyeFree || !lightKey_ || !SameLighting(lightKey_->lighting, lighting) ||
+        !SameColour(lightKey_->base, base) || lightKey_->shininess != material.shininess ||
+        lit_.size() != n || primary_.size() != n) {
+        lit_.assign(n, 0);
+        primary_.resize(n);
+        secondary_.resize(n);
+    }
+    if (eyeFree)
+        lightKey_ = key;
+    else
+        lightKey_.reset();
+
     const POINT3D& eye = camera.Eye();
     const Lighting::Toward toward = lighting.Directions();
-    primary_.resize(worldPositions.size());
-    secondary_.resize(worldPositions.size());
-    for (std::size_t i = 0; i < worldPositions.size(); ++i) {
-        if (!drawn_[i]) continue;
-        const POINT3D& p = worldPositions[i];
-        const POINT3D toEye = Unit(POINT3D(eye.x - p.x, eye.y - p.y, eye.z - p.z));
-        const POINT3D& n = worldNormals[i];
+    for (std::size_t i = 0; i < n; ++i) {
+        if (!drawn_[i] || lit_[i]) continue;
+        const POINT3D& p = worldPositions_[i];
+        // Only a highlight looks toward the eye.
+        const POINT3D toEye =
+            eyeFree ? POINT3D(0, 0, 0) : Unit(POINT3D(eye.x - p.x, eye.y - p.y, eye.z - p.z));
+        const POINT3D& normal = worldNormals_[i];
         primary_[i] = VertexColour(
-            lighting.Shade(toward, n, toEye, base, material.specular, material.shininess));
-        const Rgb back = lighting.Shade(toward, POINT3D(-n.x, -n.y, -n.z), toEye, base,
-                                        material.specular, material.shininess);
+            lighting.Shade(toward, normal, toEye, base, material.specular, material.shininess));
+        const Rgb back = lighting.Shade(toward, POINT3D(-normal.x, -normal.y, -normal.z), toEye,
+                                        base, material.specular, material.shininess);
         secondary_[i] = Colour6(Byte(back.red), Byte(back.green), Byte(back.blue));
+        lit_[i] = eyeFree;
     }
     faceColours_.assign(faces_.size(), Colour6(Byte(base.red), Byte(base.green), Byte(base.blue)));
+}
 
-    Link(const_cast<q5_MATERIAL*>(&material.driver));
+void FrameMesh::Build(const SceneObject& object, const HostMaterial& material,
+                      const Lighting& lighting, const Camera& camera, const ViewVolume& volume) {
+    const bool reflection = material.driver.textures[kSlotReflection] != nullptr;
+    Refresh(object, true);
+    Place(object, camera, volume, reflection);
+    Light(material, lighting, camera);
+    Link(const_cast<q5_MATERIAL*>(&material.driver), reflection);
     mesh_.primaryColours = primary_.data();
     mesh_.secondaryColours = secondary_.data();
 }
 
 void FrameMesh::BuildOutline(const SceneObject& object, q5_MATERIAL* outline, std::uint32_t colour,
                              const Camera& camera, const ViewVolume& volume) {
-    Place(object, camera, volume, nullptr, nullptr);
+    Refresh(object, false);
+    Place(object, camera, volume, false);
     faceColours_.assign(faces_.size(), Colour6(static_cast<std::uint8_t>(colour),
                                                static_cast<std::uint8_t>(colour >> 8),
                                                static_cast<std::uint8_t>(colour >> 16)));
     primary_.clear();
     secondary_.clear();
-    Link(outline);
+    Link(outline, false);
 }
 
 void FrameMesh::BuildLines(const SceneObject& object, q5_MATERIAL* lines, std::uint32_t colour,
                            const Camera& camera, const ViewVolume& volume) {
-    Place(object, camera, volume, nullptr, nullptr);
+    Refresh(object, false);
+    Place(object, camera, volume, false);
     const auto& segments = object.geometry.segments;
     faces_.resize(segments.size());
     corners_.resize(segments.size());
@@ -174,7 +230,7 @@ void FrameMesh::BuildLines(const SceneObject& object, q5_MATERIAL* lines, std::u
                                                static_cast<std::uint8_t>(colour >> 16)));
     primary_.clear();
     secondary_.clear();
-    Link(lines);
+    Link(lines, false);
 }
 
 void FrameMesh::ProjectPoints(const SceneObject& object, q5_VIEW& view, std::uint32_t colour,

@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include "core/math/matrix3d.h"
 #include "host/scene/scene.h"
 #include "interface/mesh.h"
 #include "interface/screen_vertex.h"
@@ -42,15 +44,19 @@ public:
     bool WhollyOutside() const { return outside_; }
 
 private:
+    // The object in world space: placed corners, texture coordinates, the centre and, when
+    // asked for, unit normals. They stay while the object's serial and placement do, so a
+    // turning camera does not make them again.
+    void Refresh(const SceneObject& object, bool withNormals);
     void Place(const SceneObject& object, const Camera& camera, const ViewVolume& volume,
-               std::vector<POINT3D>* worldNormals, std::vector<POINT3D>* worldPositions);
-    void Link(q5_MATERIAL* material);
+               bool viewNormals);
+    void Light(const HostMaterial& material, const Lighting& lighting, const Camera& camera);
+    void Link(q5_MATERIAL* material, bool withNormals);
 
     q5_MESH mesh_;
     q5_MATERIAL* materialSlot_ = nullptr;
     std::vector<q5_MESHVERTEX> vertices_;
     std::vector<std::uint8_t> drawn_; // per vertex: a kept face uses it
-    std::vector<POINT3D> worldNormals_, worldPositions_; // Build's, kept for their room
     std::vector<q5_VERTEXCOLOUR> primary_;
     std::vector<q5_COLOUR6> secondary_;
     std::vector<q5_MESHFACE> faces_;
@@ -60,4 +66,20 @@ private:
     std::vector<std::array<float, 2>> texcoords_;
     float centreDepth_ = 0;
     bool outside_ = false;
+
+    // Refresh's world-space data and what it was made from.
+    std::uint64_t serial_ = 0;
+    MATRIX3D placement_;
+    std::vector<POINT3D> worldPositions_, worldNormals_;
+    POINT3D worldCentre_{0, 0, 0};
+
+    // Light without a highlight does not depend on the eye: what was lit under these values
+    // stays lit while only the camera moves.
+    struct LightKey {
+        Lighting lighting;
+        Rgb base;
+        float shininess = 0;
+    };
+    std::optional<LightKey> lightKey_;
+    std::vector<std::uint8_t> lit_; // per vertex: primary_ and secondary_ hold its light
 };

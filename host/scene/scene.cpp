@@ -2,6 +2,7 @@
 #include "host/scene/scene.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cfloat>
 #include <cmath>
 
@@ -19,9 +20,10 @@ std::size_t Scene::AddMaterial(const HostMaterial& material) {
     return materials_.size() - 1;
 }
 
-SceneObject& Scene::AddObject(SceneObject object) {
+void Scene::AddObject(SceneObject object) {
+    static std::atomic<std::uint64_t> lastSerial{0};
+    object.serial = ++lastSerial;
     objects_.push_back(std::move(object));
-    return objects_.back();
 }
 
 Bounds Scene::FramedBounds() const {

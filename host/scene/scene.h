@@ -30,6 +30,9 @@ struct SceneObject {
     bool twoSided = false;
     bool outlined = false; // drawn, then outlined along its model edges
     bool framed = true;    // counts when the default camera frames the scene
+    // Given by the scene, unique in the run: what a frame mesh derived from the object stays
+    // valid while the serial and the placement do.
+    std::uint64_t serial = 0;
 };
 
 struct Bounds {
@@ -51,7 +54,7 @@ public:
     HostMaterial& Material(std::size_t index) { return *materials_[index]; }
     const HostMaterial& Material(std::size_t index) const { return *materials_[index]; }
     std::size_t MaterialCount() const { return materials_.size(); }
-    SceneObject& AddObject(SceneObject object);
+    void AddObject(SceneObject object);
     const std::vector<SceneObject>& Objects() const { return objects_; }
 
     // A sphere around every framed object (or every object when none is framed).

@@ -3,8 +3,12 @@
 
 #include <cmath>
 
+#include "host/scene/frame_mesh.h"
 #include "host/scene/lighting.h"
+#include "host/scene/scene.h"
 #include "host/scene/shapes.h"
+#include "host/view/camera.h"
+#include "host/view/view_volume.h"
 
 namespace {
 
@@ -21,7 +25,82 @@ void ExpectFacesOutward(const MeshGeometry& m) {
     }
 }
 
+// Every face of `kept` as the driver would read it equals the same face of `fresh`.
+void ExpectSameMesh(FrameMesh& kept, FrameMesh& fresh) {
+    const q5_MESH &a = kept.Mesh(), &b = fresh.Mesh();
+    ASSERT_EQ(a.faceCount, b.faceCount);
+    ASSERT_GT(a.faceCount, 0u);
+    ASSERT_EQ(a.normals == nullptr, b.normals == nullptr);
+    EXPECT_EQ(kept.CentreDepth(), fresh.CentreDepth());
+    for (std::uint32_t f = 0; f < a.faceCount; ++f) {
+        for (int k = 0; k < 3; ++k) {
+            const std::uint32_t v = a.faces[f].vertex[k];
+            ASSERT_EQ(v, b.faces[f].vertex[k]);
+            const q5_MESHVERTEX &p = a.vertices[v], &q = b.vertices[v];
+            ASSERT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z && p.clipCode == q.clipCode) << f;
+            const q5_VERTEXCOLOUR &c = a.primaryColours[v], &d = b.primaryColours[v];
+            ASSERT_TRUE(c.red == d.red && c.green == d.green && c.blue == d.blue) << f;
+            const q5_COLOUR6 &e = a.secondaryColours[v], &g = b.secondaryColours[v];
+            ASSERT_TRUE(e.red == g.red && e.green == g.green && e.blue == g.blue) << f;
+            ASSERT_EQ(a.texcoords[v][0], b.texcoords[v][0]);
+            if (a.normals != nullptr) {
+                ASSERT_EQ(a.normals[v][2], b.normals[v][2]);
+            }
+        }
+    }
+}
+
 } // namespace
+
+TEST(FrameMeshes, AKeptMeshDrawsWhatAFreshOneDoesWhateverChanged) {
+    Scene scene;
+    HostMaterial plain, shiny;
+    plain.colour = {0.9f, 0.5f, 0.2f};
+    shiny.specular = 0.6f;
+    const std::size_t plainIndex = scene.AddMaterial(plain), shinyIndex = scene.AddMaterial(shiny);
+    // Two objects with as many corners, so that only what identifies an object tells them apart.
+    SceneObject sphere, larger;
+    sphere.geometry = MakeSphere(1, 12, 16);
+    larger.geometry = MakeSphere(1.4f, 12, 16);
+    scene.AddObject(std::move(sphere));
+    scene.AddObject(std::move(larger));
+    const SceneObject &a = scene.Objects()[0], &b = scene.Objects()[1];
+
+    const ViewVolume volume = ViewVolume::Perspective(160, 120, 40, 0.5, 50);
+    Camera near, far;
+    near.Orbit(POINT3D(0, 0, 0), 30, 20, 3.5);
+    far.Orbit(POINT3D(0, 0, 0), 140, -35, 6);
+    FrameMesh kept;
+    const auto expectFresh = [&](const SceneObject& object, std::size_t material,
+                                 const Lighting& lighting, const Camera& camera) {
+        FrameMesh fresh;
+        kept.Build(object, scene.Material(material), lighting, camera, volume);
+        fresh.Build(object, scene.Material(material), lighting, camera, volume);
+        ExpectSameMesh(kept, fresh);
+    };
+    Lighting lighting;
+    expectFresh(a, plainIndex, lighting, near);
+    // The camera turns: the light stays, the highlight follows the eye.
+    expectFresh(a, plainIndex, lighting, far);
+    expectFresh(a, shinyIndex, lighting, near);
+    expectFresh(a, shinyIndex, lighting, far);
+    // Another object, one turned, another light and another colour.
+    expectFresh(b, plainIndex, lighting, far);
+    SceneObject moved = b;
+    moved.placement.SetRotateX(0.7);
+    expectFresh(moved, plainIndex, lighting, far);
+    lighting.key.colour = {0.2f, 0.9f, 0.3f};
+    expectFresh(moved, plainIndex, lighting, far);
+    scene.Material(plainIndex).colour = {0.1f, 0.2f, 0.9f};
+    expectFresh(moved, plainIndex, lighting, far);
+    // A reflection needs view-space normals, which turn with the camera. The frame mesh only
+    // asks whether there is a picture.
+    HostMaterial& reflective = scene.Material(shinyIndex);
+    reflective.driver.textures[kSlotReflection] = reinterpret_cast<TPicture*>(&reflective);
+    expectFresh(moved, shinyIndex, lighting, near);
+    expectFresh(moved, shinyIndex, lighting, far);
+    reflective.driver.textures[kSlotReflection] = nullptr;
+}
 
 TEST(Shapes, WindCounterClockwiseFromOutside) {
     ExpectFacesOutward(MakeSphere(1, 6, 8));

@@ -168,15 +168,36 @@ TEST_F(TwoDrivers, HalvesJoinIntoTheWholeFrame) {
 
 // The split moves toward the slower half's rows, by half the way to where the times would
 // meet, and keeps each half at least an eighth of the frame.
+std::int32_t SplitAfter(std::int32_t split, std::int32_t rows, double topMs, double bottomMs) {
+    SplitBalancer balancer;
+    balancer.Observe(split, rows, topMs, bottomMs);
+    return balancer.Split(rows);
+}
+
 TEST(TwoDriversSplit, MovesHalfWayTowardEqualTimes) {
-    EXPECT_EQ(BalancedSplit(500, 1000, 10.0, 10.0), 500);
+    EXPECT_EQ(SplitBalancer().Split(1000), 500);
+    EXPECT_EQ(SplitAfter(500, 1000, 10.0, 10.0), 500);
     // The top's rows cost three times the bottom's: they meet at row 250.
-    EXPECT_EQ(BalancedSplit(500, 1000, 30.0, 10.0), 375);
-    EXPECT_EQ(BalancedSplit(500, 1000, 10.0, 30.0), 625);
-    EXPECT_EQ(BalancedSplit(500, 1000, 1000.0, 1.0), 250);
-    EXPECT_EQ(BalancedSplit(200, 1000, 1000.0, 1.0), 125);
-    EXPECT_EQ(BalancedSplit(900, 1000, 1.0, 1000.0), 875);
-    EXPECT_EQ(BalancedSplit(333, 1000, 0.0, 0.0), 333);
+    EXPECT_EQ(SplitAfter(500, 1000, 30.0, 10.0), 375);
+    EXPECT_EQ(SplitAfter(500, 1000, 10.0, 30.0), 625);
+    EXPECT_EQ(SplitAfter(500, 1000, 1000.0, 1.0), 250);
+    EXPECT_EQ(SplitAfter(200, 1000, 1000.0, 1.0), 125);
+    EXPECT_EQ(SplitAfter(900, 1000, 1.0, 1000.0), 875);
+    EXPECT_EQ(SplitAfter(333, 1000, 0.0, 0.0), 333);
+}
+
+TEST(TwoDriversSplit, SettlesBetweenSplitsWhoseTimesCrossed) {
+    // The work of the frame lies in a band of rows, so the first step overshoots it.
+    SplitBalancer balancer;
+    balancer.Observe(299, 720, 26.0, 184.0);
+    ASSERT_EQ(balancer.Split(720), 450);
+    balancer.Observe(450, 720, 178.0, 30.0);
+    // Between 299 (top 158 ms faster) and 450 (148 ms slower).
+    EXPECT_EQ(balancer.Split(720), 377);
+    // Times still on the same side move by the estimate again.
+    balancer.Observe(377, 720, 110.0, 100.0);
+    EXPECT_LT(balancer.Split(720), 377);
+    EXPECT_GT(balancer.Split(720), 299);
 }
 
 } // namespace
