@@ -9,6 +9,8 @@
 #define TESSERA_SHORTEST_LANE_RUN 16
 #define TESSERA_LANE_TARGET __attribute__((target("avx2")))
 #define TESSERA_LANE_BITS(mask) _mm256_movemask_ps((__m256)(mask))
+#define TESSERA_LANE_GATHER(base, index)                                                     \
+    ((Vi)_mm256_i32gather_epi32(reinterpret_cast<const int*>(base), (__m256i)(index), 4))
 #include "zbuffer/raster/span_kernels_lanes.h"
 
 const SpanKernelSet* Avx2SpanKernels() {

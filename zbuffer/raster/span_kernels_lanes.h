@@ -1,6 +1,7 @@
 // The span loops in lanes of 32-bit integers, written once for every vector width. A file that
 // includes this defines TESSERA_LANES (4 or 8), TESSERA_LANE_TARGET (the attribute that
-// enables the instructions) and TESSERA_LANE_BITS(mask) (one bit per lane). Everything here
+// enables the instructions) and TESSERA_LANE_BITS(mask) (one bit per lane), and may define
+// TESSERA_LANE_GATHER(base, index) (32-bit loads at base + index). Everything here
 // has internal linkage, so code built for wide lanes never stands in for a narrower path.
 #pragma once
 
@@ -45,10 +46,14 @@ LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse) {
 }
 
 LANES_FN Vi FetchLanes(const TexelGrid& g, Vu u, Vu v) {
-    const Vi x = WrapLanes((Vi)((u >> kTexelFracBits) & kTexelIndexMask), g.width, g.inverseWidth);
-    const Vi y =
-        WrapLanes((Vi)((v >> kTexelFracBits) & kTexelIndexMask), g.height, g.inverseHeight);
+    const Vi column = (Vi)((u >> kTexelFracBits) & kTexelIndexMask);
+    const Vi row = (Vi)((v >> kTexelFracBits) & kTexelIndexMask);
+    const Vi x = g.wrapsByMask ? column & g.widthMask : WrapLanes(column, g.width, g.inverseWidth);
+    const Vi y = g.wrapsByMask ? row & g.heightMask : WrapLanes(row, g.height, g.inverseHeight);
     const Vi index = y * g.pitch + x;
+#ifdef TESSERA_LANE_GATHER
+    return TESSERA_LANE_GATHER(g.top, index);
+#else
     Vi texel;
     for (int k = 0; k < kLanes; ++k) {
         std::int32_t t;
@@ -56,6 +61,7 @@ LANES_FN Vi FetchLanes(const TexelGrid& g, Vu u, Vu v) {
         texel[k] = t;
     }
     return texel;
+#endif
 }
 
 LANES_FN Vi ByteOf(Vi x, int k) {
@@ -123,6 +129,28 @@ LANES_FN Vu ShadeLanes(const PolygonConstants& pc, Vu dst, const Vu (&c)[3], Vu 
     return (Vu)((ch[0] & 0xFF) | (ch[1] & 0xFF) << 8 | (ch[2] & 0xFF) << 16 | alpha << 24);
 }
 
+// The pixels of the block `done` columns into the span where `write` holds, shaded and merged
+// into `dst` and `depth`. Colours and texture positions step by whole additions modulo 2^32,
+// so a block's are the first block's plus its offset times the step: made here, only for
+// blocks that write, which keeps the loop over hidden blocks short.
+template <FillMode M>
+LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, const Vu (&c0)[3], Vu u0,
+                         Vu v0, std::int32_t done, Vu z, Vu& dst, Vi& depth, Vi write) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const auto offset = static_cast<std::uint32_t>(done);
+    Vu c[3] = {};
+    if constexpr (T.gouraud)
+        for (int k = 0; k < 3; ++k) c[k] = c0[k] + offset * static_cast<std::uint32_t>(s.cStep[k]);
+    Vu u{}, v{};
+    if constexpr (T.textured) {
+        u = u0 + offset * static_cast<std::uint32_t>(s.uStep);
+        v = v0 + offset * static_cast<std::uint32_t>(s.vStep);
+    }
+    const Vu out = ShadeLanes<M>(pc, dst, c, u, v, write);
+    dst = (out & (Vu)write) | (dst & ~(Vu)write);
+    depth = ((Vi)z & write) | (depth & ~write);
+}
+
 template <FillMode M>
 TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
     constexpr ModeTraits T = TraitsOf(M);
@@ -142,68 +170,55 @@ TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) 
         rBlock += s.width;
         --zBlock;
     }
+    const Vi width = Vi{} + s.width;
     const Vu lanes = LaneNumbers();
-    Vu c[3] = {};
-    std::uint32_t cBlock[3] = {};
-    if constexpr (T.gouraud) {
-        for (int k = 0; k < 3; ++k) {
-            c[k] = s.c[k] + lanes * static_cast<std::uint32_t>(s.cStep[k]);
-            cBlock[k] = kLanes * static_cast<std::uint32_t>(s.cStep[k]);
-        }
-    }
-    Vu u{}, v{};
+    Vu c0[3] = {};
+    if constexpr (T.gouraud)
+        for (int k = 0; k < 3; ++k) c0[k] = s.c[k] + lanes * static_cast<std::uint32_t>(s.cStep[k]);
+    Vu u0{}, v0{};
     if constexpr (T.textured) {
-        u = static_cast<std::uint32_t>(s.u) + lanes * static_cast<std::uint32_t>(s.uStep);
-        v = static_cast<std::uint32_t>(s.v) + lanes * static_cast<std::uint32_t>(s.vStep);
+        u0 = static_cast<std::uint32_t>(s.u) + lanes * static_cast<std::uint32_t>(s.uStep);
+        v0 = static_cast<std::uint32_t>(s.v) + lanes * static_cast<std::uint32_t>(s.vStep);
     }
-    const std::uint32_t uBlock = kLanes * static_cast<std::uint32_t>(s.uStep);
-    const std::uint32_t vBlock = kLanes * static_cast<std::uint32_t>(s.vStep);
     const Vi always = Vi{} - (pc.depthAlwaysPasses ? 1 : 0);
 
     std::uint8_t* px = s.colour;
     std::int32_t* dp = s.depth;
-    for (std::int32_t left = s.count; left > 0; left -= kLanes, px += 4 * kLanes, dp += kLanes) {
-        const bool whole = left >= kLanes;
-        Vu dst{};
-        Vi depth{};
-        if (whole) {
-            std::memcpy(&dst, px, sizeof dst);
-            std::memcpy(&depth, dp, sizeof depth);
-        } else {
-            for (int k = 0; k < left; ++k) {
-                std::uint32_t p;
-                std::memcpy(&p, px + 4 * k, sizeof p);
-                dst[k] = p;
-                depth[k] = dp[k];
-            }
-        }
-        Vi write = ((Vi)z <= depth) | always;
+    std::int32_t done = 0;
+    for (; s.count - done >= kLanes; done += kLanes, px += 4 * kLanes, dp += kLanes) {
+        Vu dst;
+        Vi depth;
+        std::memcpy(&dst, px, sizeof dst);
+        std::memcpy(&depth, dp, sizeof depth);
+        const Vi write = ((Vi)z <= depth) | always;
         if (TESSERA_LANE_BITS(write) != 0) {
-            const Vu out = ShadeLanes<M>(pc, dst, c, u, v, write);
-            dst = (out & (Vu)write) | (dst & ~(Vu)write);
-            depth = ((Vi)z & write) | (depth & ~write);
-            if (whole) {
-                std::memcpy(px, &dst, sizeof dst);
-                std::memcpy(dp, &depth, sizeof depth);
-            } else {
-                for (int k = 0; k < left; ++k) {
-                    const std::uint32_t p = dst[k];
-                    std::memcpy(px + 4 * k, &p, sizeof p);
-                    dp[k] = depth[k];
-                }
-            }
+            WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+            std::memcpy(px, &dst, sizeof dst);
+            std::memcpy(dp, &depth, sizeof depth);
         }
         z += zBlock;
         zr += rBlock;
-        const Vi carry = zr >= s.width;
+        const Vi carry = zr >= width;
         z -= (Vu)carry;
-        zr -= carry & s.width;
-        if constexpr (T.gouraud)
-            for (int k = 0; k < 3; ++k) c[k] += cBlock[k];
-        if constexpr (T.textured) {
-            u += uBlock;
-            v += vBlock;
-        }
+        zr -= carry & width;
+    }
+    const std::int32_t left = s.count - done;
+    if (left == 0) return;
+    Vu dst{};
+    Vi depth{};
+    for (int k = 0; k < left; ++k) {
+        std::uint32_t p;
+        std::memcpy(&p, px + 4 * k, sizeof p);
+        dst[k] = p;
+        depth[k] = dp[k];
+    }
+    const Vi write = ((Vi)z <= depth) | always;
+    if (TESSERA_LANE_BITS(write) == 0) return;
+    WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+    for (int k = 0; k < left; ++k) {
+        const std::uint32_t p = dst[k];
+        std::memcpy(px + 4 * k, &p, sizeof p);
+        dp[k] = depth[k];
     }
 }
 
