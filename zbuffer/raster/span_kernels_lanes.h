@@ -129,6 +129,15 @@ LANES_FN Vu ShadeLanes(const PolygonConstants& pc, Vu dst, const Vu (&c)[3], Vu 
     return (Vu)((ch[0] & 0xFF) | (ch[1] & 0xFF) << 8 | (ch[2] & 0xFF) << 16 | alpha << 24);
 }
 
+// A Gouraud channel `columns` columns on from `base`; nothing for flat drawing.
+template <bool Gouraud, typename Columns>
+LANES_FN Vu ColourAt(Vu base, std::int32_t step, Columns columns) {
+    if constexpr (Gouraud)
+        return base + columns * static_cast<std::uint32_t>(step);
+    else
+        return Vu{};
+}
+
 // The pixels of the block `done` columns into the span where `write` holds, shaded and merged
 // into `dst` and `depth`. Colours and texture positions step by whole additions modulo 2^32,
 // so a block's are the first block's plus its offset times the step: made here, only for
@@ -138,9 +147,10 @@ LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, const Vu 
                          Vu v0, std::int32_t done, Vu z, Vu& dst, Vi& depth, Vi write) {
     constexpr ModeTraits T = TraitsOf(M);
     const auto offset = static_cast<std::uint32_t>(done);
-    Vu c[3] = {};
-    if constexpr (T.gouraud)
-        for (int k = 0; k < 3; ++k) c[k] = c0[k] + offset * static_cast<std::uint32_t>(s.cStep[k]);
+    // Named one by one, so that they stay in registers.
+    const Vu c[3] = {ColourAt<T.gouraud>(c0[0], s.cStep[0], offset),
+                     ColourAt<T.gouraud>(c0[1], s.cStep[1], offset),
+                     ColourAt<T.gouraud>(c0[2], s.cStep[2], offset)};
     Vu u{}, v{};
     if constexpr (T.textured) {
         u = u0 + offset * static_cast<std::uint32_t>(s.uStep);
@@ -172,9 +182,9 @@ TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) 
     }
     const Vi width = Vi{} + s.width;
     const Vu lanes = LaneNumbers();
-    Vu c0[3] = {};
-    if constexpr (T.gouraud)
-        for (int k = 0; k < 3; ++k) c0[k] = s.c[k] + lanes * static_cast<std::uint32_t>(s.cStep[k]);
+    const Vu c0[3] = {ColourAt<T.gouraud>(Vu{} + s.c[0], s.cStep[0], lanes),
+                      ColourAt<T.gouraud>(Vu{} + s.c[1], s.cStep[1], lanes),
+                      ColourAt<T.gouraud>(Vu{} + s.c[2], s.cStep[2], lanes)};
     Vu u0{}, v0{};
     if constexpr (T.textured) {
         u0 = static_cast<std::uint32_t>(s.u) + lanes * static_cast<std::uint32_t>(s.uStep);
