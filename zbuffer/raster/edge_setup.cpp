@@ -48,8 +48,8 @@ int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
         if (a->y > b->y) std::swap(a, b);
         const std::int32_t scanlines = ScanlineOf(b->y) - ScanlineOf(a->y);
         if (scanlines == 0) continue;
+        // Colours and texture positions are set only by the modes that read them.
         EdgeRecord& e = edges[count++];
-        e = EdgeRecord{};
         e.top = a;
         e.bottom = b;
         e.scanlines = scanlines;
@@ -58,6 +58,7 @@ int SetupEdges(const RasterContext& rc, EdgeRecord* edges) {
                                             << kEdgeFromSubpixel) /
                   scanlines;
         e.z = a->z + rc.depthBias;
+        e.zRemainder = 0;
         e.zStep = (b->z - a->z) / scanlines;
         e.zStepRemainder = (b->z - a->z) % scanlines;
     }

@@ -18,7 +18,6 @@ struct EdgeRecord {
     std::int32_t zStep;
     std::int32_t zStepRemainder;
     std::int32_t scanlines; // at least 1
-    std::int32_t y;         // 24.8, from 0
     std::int32_t x;         // 16.16
     std::int32_t xStep;
     // 16.16 colour; blended Gouraud drawing premultiplies by opacity, which overflows the
@@ -52,14 +51,13 @@ inline void StepByRemainder(std::int32_t& value, std::int32_t& remainder, std::i
                             std::int32_t stepRemainder, std::int32_t divisor) {
     value += step;
     remainder += stepRemainder;
-    if (remainder >= divisor) {
-        ++value;
-        remainder -= divisor;
-    }
-    if (remainder < 0) {
-        --value;
-        remainder += divisor;
-    }
+    // Masks, not branches: when the remainder leaves its range follows the data.
+    const std::int32_t over = -static_cast<std::int32_t>(remainder >= divisor);
+    value -= over;
+    remainder -= divisor & over;
+    const std::int32_t under = -static_cast<std::int32_t>(remainder < 0);
+    value += under;
+    remainder += divisor & under;
 }
 
 // The same as `count` single steps at once. The remainder stays in [0, divisor) after every

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -27,56 +28,58 @@ inline std::uint8_t CoverageAlpha(std::uint32_t dstAlpha, std::uint32_t inverseO
     return static_cast<std::uint8_t>((kFullCoverage - (255 - dstAlpha) * inverseOpacity) / 255);
 }
 
-// Writes the colour bytes of a pixel that passed the depth test. Returns false when the pixel,
-// depth included, is to be left alone (a texel of alpha 0). Untextured blends divide by 256,
-// textured ones by 255; the difference decides exact pixel values and is kept.
+// Writes the colour bytes of a texture-alpha pixel that passed the depth test. Returns false
+// when the pixel, depth included, is to be left alone (a texel of alpha 0).
 template <FillMode M>
-inline bool ShadePixel(const PolygonConstants& pc, const SpanRun& s, std::uint8_t* px) {
+inline bool ShadeTexelAlphaPixel(const PolygonConstants& pc, const SpanRun& s, std::uint8_t* px) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const std::uint32_t texel = FetchTexel(pc.texels, s.u, s.v);
+    const std::uint32_t texelAlpha = texel >> 24;
+    if (texelAlpha == 0) return false;
+    const std::uint32_t a = texelAlpha * pc.opacity / 255;
+    for (int k = 0; k < 3; ++k) {
+        const std::uint32_t c = T.gouraud ? ColourChannel(s.c[k]) : pc.flat[k];
+        const std::uint32_t own = (a * c >> 8) * TexelChannel(texel, k) / 255;
+        px[k] = static_cast<std::uint8_t>(a == 255 ? own : px[k] * (255 - a) / 255 + own);
+    }
+    px[3] = static_cast<std::uint8_t>(a);
+    return true;
+}
+
+// The pixel that every other mode writes over `dst` (blue in the low byte). Untextured blends
+// divide by 256, textured ones by 255; the difference decides exact pixel values and is kept.
+template <FillMode M>
+inline std::uint32_t PixelValue(const PolygonConstants& pc, const SpanRun& s, std::uint32_t dst) {
     constexpr ModeTraits T = TraitsOf(M);
     std::uint32_t texel = 0;
     if constexpr (T.textured) texel = FetchTexel(pc.texels, s.u, s.v);
-
-    if constexpr (T.textureAlpha) {
-        const std::uint32_t texelAlpha = texel >> 24;
-        if (texelAlpha == 0) return false;
-        const std::uint32_t a = texelAlpha * pc.opacity / 255;
-        for (int k = 0; k < 3; ++k) {
-            const std::uint32_t c = T.gouraud ? ColourChannel(s.c[k]) : pc.flat[k];
-            const std::uint32_t own = (a * c >> 8) * TexelChannel(texel, k) / 255;
-            px[k] = static_cast<std::uint8_t>(a == 255 ? own : px[k] * (255 - a) / 255 + own);
-        }
-        px[3] = static_cast<std::uint8_t>(a);
-        return true;
-    } else {
-        const std::uint32_t inv = pc.inverseOpacity;
-        for (int k = 0; k < 3; ++k) {
-            const std::uint32_t dst = px[k];
-            std::uint32_t out;
-            if constexpr (T.textured && T.blended && T.gouraud)
-                out = (ColourChannel(s.c[k]) * TexelChannel(texel, k) / 255 + dst * inv) / 255;
-            else if constexpr (T.textured && T.blended)
-                out = (pc.flatTimesOpacity[k] * TexelChannel(texel, k) / 255 + dst * inv) / 255;
-            else if constexpr (T.textured && T.gouraud)
-                out = std::min<std::uint32_t>(TexelChannel(texel, k) * ColourChannel(s.c[k]) >> 8,
-                                              255);
-            else if constexpr (T.textured)
-                out = TexelChannel(texel, k) * pc.flat[k] >> 8;
-            else if constexpr (T.blended && T.gouraud)
-                out = (ColourChannel(s.c[k]) + dst * inv) / 256;
-            else if constexpr (T.blended)
-                out = (pc.flatTimesOpacity[k] + dst * inv) / 256;
-            else if constexpr (T.gouraud)
-                out = ColourChannel(s.c[k]);
-            else
-                out = pc.flat[k];
-            px[k] = static_cast<std::uint8_t>(out);
-        }
-        if constexpr (T.blended && !(T.textured && T.gouraud))
-            px[3] = CoverageAlpha(px[3], inv);
+    const std::uint32_t inv = pc.inverseOpacity;
+    std::uint32_t value = 0;
+    for (int k = 0; k < 3; ++k) {
+        const std::uint32_t d = (dst >> (8 * k)) & 0xFF;
+        std::uint32_t out;
+        if constexpr (T.textured && T.blended && T.gouraud)
+            out = (ColourChannel(s.c[k]) * TexelChannel(texel, k) / 255 + d * inv) / 255;
+        else if constexpr (T.textured && T.blended)
+            out = (pc.flatTimesOpacity[k] * TexelChannel(texel, k) / 255 + d * inv) / 255;
+        else if constexpr (T.textured && T.gouraud)
+            out = std::min<std::uint32_t>(TexelChannel(texel, k) * ColourChannel(s.c[k]) >> 8, 255);
+        else if constexpr (T.textured)
+            out = TexelChannel(texel, k) * pc.flat[k] >> 8;
+        else if constexpr (T.blended && T.gouraud)
+            out = (ColourChannel(s.c[k]) + d * inv) / 256;
+        else if constexpr (T.blended)
+            out = (pc.flatTimesOpacity[k] + d * inv) / 256;
+        else if constexpr (T.gouraud)
+            out = ColourChannel(s.c[k]);
         else
-            px[3] = kAlphaOpaque;
-        return true;
+            out = pc.flat[k];
+        value |= (out & 0xFF) << (8 * k);
     }
+    const std::uint32_t alpha = T.blended && !(T.textured && T.gouraud)
+                                    ? CoverageAlpha(dst >> 24, inv)
+                                    : std::uint32_t{kAlphaOpaque};
+    return value | alpha << 24;
 }
 
 // Steps over `count` columns at once: the left clip.
@@ -112,7 +115,18 @@ template <FillMode M>
     std::uint8_t* px = s.colour;
     std::int32_t* depth = s.depth;
     for (std::int32_t i = 0; i < s.count; ++i, px += 4, ++depth) {
-        if ((s.z <= *depth || pc.depthAlwaysPasses) && ShadePixel<M>(pc, s, px)) *depth = s.z;
+        const bool passes = (s.z <= *depth) | pc.depthAlwaysPasses;
+        if constexpr (TraitsOf(M).textureAlpha) {
+            if (passes && ShadeTexelAlphaPixel<M>(pc, s, px)) *depth = s.z;
+        } else {
+            // Whether a pixel passes follows the data, so it picks between the old and the
+            // shaded values instead of branching.
+            std::uint32_t old;
+            std::memcpy(&old, px, sizeof old);
+            const std::uint32_t out = passes ? PixelValue<M>(pc, s, old) : old;
+            std::memcpy(px, &out, sizeof out);
+            *depth = passes ? s.z : *depth;
+        }
         StepSpan<M>(s);
     }
 }
@@ -176,7 +190,6 @@ template <FillMode M> inline void StepEdge(EdgeRecord& e) {
         WrappingAdd(e.u, e.uStep);
         WrappingAdd(e.v, e.vStep);
     }
-    e.y += kSubpixelOne;
     e.x += e.xStep;
     StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines);
     if constexpr (T.gouraud) {
@@ -194,7 +207,6 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
         WrappingAdd(e.u, e.uStep, n);
         WrappingAdd(e.v, e.vStep, n);
     }
-    WrappingAdd(e.y, kSubpixelOne, n);
     WrappingAdd(e.x, e.xStep, n);
     StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines, count);
     if constexpr (T.gouraud) {
