@@ -24,7 +24,6 @@ protected:
 };
 
 TEST_F(Izb, Params1001And1002AreFlags) {
-    EXPECT_EQ(driver->view, &view) << "taken from the context";
     for (std::uint64_t value : {0, 5, 0}) {
         EXPECT_EQ(driver->SetParam(1001, value, Q5_VALUE_INT), 1u);
         EXPECT_EQ(driver->GetParam(1001, 0, Q5_VALUE_INT), std::uint64_t{value != 0})
@@ -86,21 +85,17 @@ TEST_F(Izb, ResizeMakesSurfacesAndIgnoresBadOrSameSizes) {
     EXPECT_EQ(driver->GetValue(100, 0), 3);
 }
 
-// Another second colour makes a gradient from top to bottom, from three rows on.
+// Another second colour makes a gradient from top to bottom from three rows on, checked to the
+// pixel by render_cli_test's golden images.
 TEST_F(Izb, ClearFillsColourOrGradientAndEmptiesDepth) {
     driver->Resize(2, 5);
     view.secondBackground = 0x123456;
     driver->ClearFrame(0x123456);
     for (int i = 0; i < 10; ++i) EXPECT_EQ(Pixel(i % 2, i / 2), (Bgra{0x12, 0x34, 0x56, 0})) << i;
     EXPECT_TRUE(Written().empty()) << "every depth entry empty";
-
     view.secondBackground = 0xFF0000; // blue
-    driver->ClearFrame(0x0000FF);     // red
-    // t = 256 r / 4 = 0, 64, 128, 192, 256; red = (256 - t) 255 / 256, blue = t 255 / 256.
-    const std::uint8_t red[5] = {255, 191, 127, 63, 0};
-    for (int r = 0; r < 5; ++r) EXPECT_EQ(Pixel(1, r), (Bgra{red[4 - r], 0, red[r], 0})) << r;
     driver->Resize(2, 2);
-    driver->ClearFrame(0x0000FF);
+    driver->ClearFrame(0x0000FF); // red
     EXPECT_EQ(Pixel(0, 1), (Bgra{0, 0, 255, 0})) << "two rows are never a gradient";
 }
 
@@ -126,6 +121,7 @@ TEST_F(Izb, DepthFadeBlendsByDepthOncePerFrame) {
     EXPECT_EQ(Pixel(1, 0).g, 125) << "a new frame fades again";
 }
 
+// Alpha, and the surface that comes back, are what the pictures of the golden images miss.
 TEST_F(Izb, SupersampledFrameReducesTwoByTwoWithTruncation) {
     view.supersample = 2.0;
     driver->FrameStep(2);
