@@ -34,8 +34,9 @@ void ExpectSameMesh(FrameMesh& kept, FrameMesh& fresh) {
     EXPECT_EQ(kept.CentreDepth(), fresh.CentreDepth());
     for (std::uint32_t f = 0; f < a.faceCount; ++f) {
         for (int k = 0; k < 3; ++k) {
-            const std::uint32_t v = a.faces[f].vertex[k];
-            ASSERT_EQ(v, b.faces[f].vertex[k]);
+            // Read out of the packed records: a reference there would be misaligned.
+            const std::uint32_t v = a.faces[f].vertex[k], w = b.faces[f].vertex[k];
+            ASSERT_EQ(v, w);
             const q5_MESHVERTEX &p = a.vertices[v], &q = b.vertices[v];
             ASSERT_TRUE(p.x == q.x && p.y == q.y && p.z == q.z && p.clipCode == q.clipCode) << f;
             const q5_VERTEXCOLOUR &c = a.primaryColours[v], &d = b.primaryColours[v];
