@@ -37,21 +37,6 @@ POINT3D Unit(POINT3D v) {
     return v;
 }
 
-bool SameColour(const Rgb& a, const Rgb& b) {
-    return a.red == b.red && a.green == b.green && a.blue == b.blue;
-}
-
-bool SameDirection(const POINT3D& a, const POINT3D& b) {
-    return a.x == b.x && a.y == b.y && a.z == b.z;
-}
-
-bool SameLighting(const Lighting& a, const Lighting& b) {
-    return SameColour(a.ambient, b.ambient) && SameColour(a.key.colour, b.key.colour) &&
-           SameDirection(a.key.direction, b.key.direction) &&
-           SameColour(a.fill.colour, b.fill.colour) &&
-           SameDirection(a.fill.direction, b.fill.direction);
-}
-
 } // namespace
 
 void FrameMesh::Refresh(const SceneObject& object, bool withNormals) {
@@ -158,9 +143,7 @@ void FrameMesh::Light(const HostMaterial& material, const Lighting& lighting,
     const std::size_t n = worldPositions_.size();
     const bool eyeFree = material.specular <= 0;
     const LightKey key{lighting, base, material.shininess};
-    if (!eyeFree || !lightKey_ || !SameLighting(lightKey_->lighting, lighting) ||
-        !SameColour(lightKey_->base, base) || lightKey_->shininess != material.shininess ||
-        lit_.size() != n || primary_.size() != n) {
+    if (!eyeFree || lightKey_ != key || lit_.size() != n || primary_.size() != n) {
         lit_.assign(n, 0);
         primary_.resize(n);
         secondary_.resize(n);

@@ -79,6 +79,7 @@ private:
         Lighting lighting;
         Rgb base;
         float shininess = 0;
+        bool operator==(const LightKey&) const = default;
     };
     std::optional<LightKey> lightKey_;
     std::vector<std::uint8_t> lit_; // per vertex: primary_ and secondary_ hold its light

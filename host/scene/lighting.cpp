@@ -7,6 +7,14 @@
 #include <cmath>
 #include <utility>
 
+bool Lighting::operator==(const Lighting& other) const {
+    const auto same = [](const DirectionalLight& a, const DirectionalLight& b) {
+        return a.colour == b.colour && a.direction.x == b.direction.x &&
+               a.direction.y == b.direction.y && a.direction.z == b.direction.z;
+    };
+    return ambient == other.ambient && same(key, other.key) && same(fill, other.fill);
+}
+
 Lighting::Toward Lighting::Directions() const {
     Toward toward;
     for (auto [light, to] : {std::pair{&key, &toward.key}, std::pair{&fill, &toward.fill}}) {

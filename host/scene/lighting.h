@@ -5,6 +5,7 @@
 
 struct Rgb {
     float red = 0, green = 0, blue = 0;
+    bool operator==(const Rgb&) const = default;
 };
 
 struct DirectionalLight {
@@ -13,6 +14,9 @@ struct DirectionalLight {
 };
 
 struct Lighting {
+    // The same colours and directions.
+    bool operator==(const Lighting& other) const;
+
     Rgb ambient{0.25f, 0.25f, 0.28f};
     DirectionalLight key{{-0.45f, -0.75f, -0.48f}, {0.85f, 0.82f, 0.76f}};
     DirectionalLight fill{{0.6f, -0.25f, 0.76f}, {0.22f, 0.25f, 0.32f}};

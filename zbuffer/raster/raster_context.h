@@ -26,9 +26,8 @@ struct TexelGrid {
     std::int32_t height = 0;
     float inverseWidth = 0.0f; // wraps positions without dividing
     float inverseHeight = 0.0f;
-    // Sizes that are both powers of two wrap by these masks (size - 1) instead.
-    bool wrapsByMask = false;
-    std::int32_t widthMask = 0, heightMask = 0;
+    // size - 1 for a size that is a power of two, which wraps by masking; else -1.
+    std::int32_t widthMask = -1, heightMask = -1;
 };
 
 // Returns the texel at a 20.12 position as 0xAARRGGBB.

@@ -35,8 +35,9 @@ LANES_FN Vi Div255(Vi x) {
     return q;
 }
 
-// WrapTexelIndex in lanes, the same float operations.
-LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse) {
+// WrapTexelIndex in lanes, the same float operations, or the same mask.
+LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse, std::int32_t mask) {
+    if (mask >= 0) return n & mask;
     const Vi q = __builtin_convertvector(__builtin_convertvector(n, Vf) * inverse, Vi);
     Vi r =
         n - __builtin_convertvector(__builtin_convertvector(q, Vf) * static_cast<float>(size), Vi);
@@ -46,10 +47,10 @@ LANES_FN Vi WrapLanes(Vi n, std::int32_t size, float inverse) {
 }
 
 LANES_FN Vi FetchLanes(const TexelGrid& g, Vu u, Vu v) {
-    const Vi column = (Vi)((u >> kTexelFracBits) & kTexelIndexMask);
-    const Vi row = (Vi)((v >> kTexelFracBits) & kTexelIndexMask);
-    const Vi x = g.wrapsByMask ? column & g.widthMask : WrapLanes(column, g.width, g.inverseWidth);
-    const Vi y = g.wrapsByMask ? row & g.heightMask : WrapLanes(row, g.height, g.inverseHeight);
+    const Vi x = WrapLanes((Vi)((u >> kTexelFracBits) & kTexelIndexMask), g.width, g.inverseWidth,
+                           g.widthMask);
+    const Vi y = WrapLanes((Vi)((v >> kTexelFracBits) & kTexelIndexMask), g.height,
+                           g.inverseHeight, g.heightMask);
     const Vi index = y * g.pitch + x;
 #ifdef TESSERA_LANE_GATHER
     return TESSERA_LANE_GATHER(g.top, index);

@@ -9,7 +9,10 @@
 
 // n mod size for 0 <= n < 2^20 without dividing: the float quotient is off by at most one
 // there, and the remainder's range corrects it. Products stay below 2^21, exact in a float.
-inline std::int32_t WrapTexelIndex(std::int32_t n, std::int32_t size, float inverse) {
+// A power-of-two size wraps by its mask (size - 1) instead; -1 when there is none.
+inline std::int32_t WrapTexelIndex(std::int32_t n, std::int32_t size, float inverse,
+                                   std::int32_t mask = -1) {
+    if (mask >= 0) return n & mask;
     const auto q = static_cast<std::int32_t>(static_cast<float>(n) * inverse);
     std::int32_t r =
         n - static_cast<std::int32_t>(static_cast<float>(q) * static_cast<float>(size));
@@ -26,11 +29,9 @@ inline std::int32_t TexelIndexOf(std::int32_t position) {
 
 // The texel at a 20.12 position, row 0 at the top of the image, as 0xAARRGGBB.
 inline std::uint32_t FetchTexel(const TexelGrid& g, std::int32_t u, std::int32_t v) {
-    const std::int32_t x = g.wrapsByMask ? TexelIndexOf(u) & g.widthMask
-                                         : WrapTexelIndex(TexelIndexOf(u), g.width, g.inverseWidth);
-    const std::int32_t y = g.wrapsByMask
-                               ? TexelIndexOf(v) & g.heightMask
-                               : WrapTexelIndex(TexelIndexOf(v), g.height, g.inverseHeight);
+    const std::int32_t x = WrapTexelIndex(TexelIndexOf(u), g.width, g.inverseWidth, g.widthMask);
+    const std::int32_t y =
+        WrapTexelIndex(TexelIndexOf(v), g.height, g.inverseHeight, g.heightMask);
     std::uint32_t texel;
     std::memcpy(&texel, g.top + static_cast<std::ptrdiff_t>(y) * g.pitch + x, sizeof texel);
     return texel;

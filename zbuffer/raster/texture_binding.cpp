@@ -76,10 +76,8 @@ void BindMaterialTexture(RasterContext& rc, const q5_MATERIAL* material, int slo
     rc.texels.height = rc.texHeight;
     rc.texels.inverseWidth = 1.0f / static_cast<float>(rc.texWidth);
     rc.texels.inverseHeight = 1.0f / static_cast<float>(rc.texHeight);
-    rc.texels.widthMask = rc.texWidth - 1;
-    rc.texels.heightMask = rc.texHeight - 1;
-    rc.texels.wrapsByMask =
-        (rc.texWidth & rc.texels.widthMask) == 0 && (rc.texHeight & rc.texels.heightMask) == 0;
+    rc.texels.widthMask = (rc.texWidth & (rc.texWidth - 1)) == 0 ? rc.texWidth - 1 : -1;
+    rc.texels.heightMask = (rc.texHeight & (rc.texHeight - 1)) == 0 ? rc.texHeight - 1 : -1;
     if (header.biBitCount == 32) {
         const std::uint8_t* top =
             rc.texRow0 + static_cast<std::ptrdiff_t>(rc.texMaxY) * rc.texPitch;
