@@ -3,7 +3,9 @@
 #include "filler_oracle.h"
 #include "raster_frame.h"
 #include "zbuffer/back_face.h"
+#include "zbuffer/raster/edge_setup.h"
 #include "zbuffer/raster/point_plot.h"
+#include "zbuffer/raster/span_kernels.h"
 
 #include <gtest/gtest.h>
 
@@ -113,6 +115,45 @@ TEST(DepthStepping, EdgesCarryTheirRemainderFromScanlineToScanline) {
                     EXPECT_EQ(f.Depth(0, y), e.expected[y - top]) << e.bottom << " at " << y - top;
             }
         }
+    }
+}
+
+// Spans in lanes make the depths of a block of columns at once: each column's carry of the
+// remainder comes from a float quotient, which for some widths (41 is the first) falls just
+// short of a whole multiple. Every width a frame can have, remainders at their ends, a span of
+// whole blocks and a rest.
+TEST(DepthStepping, LanesCarryTheRemainderAsSteppingDoes) {
+    constexpr std::int32_t kColumns = 13;
+    for (const SimdPath path : {SimdPath::Sse2, SimdPath::Avx2}) {
+        if (!SimdPathSupported(path)) continue;
+        const SpanKernelSet& set = *(path == SimdPath::Sse2 ? Sse2SpanKernels() : Avx2SpanKernels());
+        PolygonConstants pc{};
+        pc.depthAlwaysPasses = true;
+        std::uint32_t colour[16];
+        std::int32_t depth[16];
+        for (std::int32_t width = kColumns; width <= 4096; ++width)
+            for (const std::int32_t rem : {0, 1, width / 2, width - 1})
+                for (const std::int32_t stepRem : {width - rem, -rem, width - 1, 1 - width}) {
+                    if (stepRem >= width) continue;
+                    SpanRun s{};
+                    s.colour = reinterpret_cast<std::uint8_t*>(colour);
+                    s.depth = depth;
+                    s.count = kColumns;
+                    s.room = 16;
+                    s.width = width;
+                    s.z = -7;
+                    s.zRemainder = rem;
+                    s.zStep = 5;
+                    s.zStepRemainder = stepRem;
+                    set.fill[static_cast<int>(FillMode::Flat)](pc, s);
+                    std::int32_t z = s.z, r = s.zRemainder;
+                    for (int k = 0; k < s.count; ++k) {
+                        ASSERT_EQ(depth[k], z) << kSimdPathNames[static_cast<int>(path)]
+                                               << " width " << width << " remainder " << rem
+                                               << " step remainder " << stepRem << " column " << k;
+                        StepByRemainder(z, r, s.zStep, s.zStepRemainder, width);
+                    }
+                }
     }
 }
 

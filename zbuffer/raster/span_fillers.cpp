@@ -151,6 +151,7 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, const SpanKer
 
     SpanRun s;
     s.count = lastColumn - firstColumn + 1;
+    s.room = rc.clipMaxX - firstColumn + 1;
     s.width = right - left;
     s.z = l.z;
     s.zRemainder = 0;

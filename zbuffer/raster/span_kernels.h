@@ -43,6 +43,7 @@ struct SpanRun {
     std::uint8_t* colour;
     std::int32_t* depth;
     std::int32_t count; // at least 1
+    std::int32_t room;  // columns from the first to the clip's right end, at least count
     std::int32_t width; // the whole span's, the depth divisor
     std::int32_t z, zRemainder, zStep, zStepRemainder;
     std::uint32_t c[3];

@@ -162,26 +162,30 @@ LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, const Vu 
     depth = ((Vi)z & write) | (depth & ~write);
 }
 
+// Depths of the first kLanes columns, and their remainders. Column k carries
+// floor((remainder + k * step remainder) / width), at most kLanes either way: the float
+// quotient is within one of it, and one correction each way makes it exact.
+LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
+    const Vi k = (Vi)LaneNumbers();
+    const Vi t = s.zRemainder + k * s.zStepRemainder;
+    const float inverse = 1.0f / static_cast<float>(s.width);
+    Vi carry = __builtin_convertvector(__builtin_convertvector(t, Vf) * inverse, Vi);
+    Vi r = t - carry * s.width;
+    const Vi under = r < 0, over = r >= s.width;
+    carry += under - over;
+    r += (s.width & under) - (s.width & over);
+    z = (Vu)(s.z + k * s.zStep + carry);
+    remainders = r;
+}
+
 template <FillMode M>
 TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
     constexpr ModeTraits T = TraitsOf(M);
     // Lane k starts k columns on; each block of lanes then steps kLanes columns at once, the
     // depth by the quotient and remainder of kLanes times its difference.
-    Vu z{};
-    Vi zr{};
-    std::int32_t zq = s.z, rq = s.zRemainder;
-    for (int k = 0; k < kLanes; ++k) {
-        z[k] = static_cast<std::uint32_t>(zq);
-        zr[k] = rq;
-        StepByRemainder(zq, rq, s.zStep, s.zStepRemainder, s.width);
-    }
-    std::uint32_t zBlock = static_cast<std::uint32_t>(zq) - static_cast<std::uint32_t>(s.z);
-    std::int32_t rBlock = rq - s.zRemainder;
-    if (rBlock < 0) {
-        rBlock += s.width;
-        --zBlock;
-    }
-    const Vi width = Vi{} + s.width;
+    Vu z;
+    Vi zr;
+    FirstDepths(s, z, zr);
     const Vu lanes = LaneNumbers();
     const Vu c0[3] = {ColourAt<T.gouraud>(Vu{} + s.c[0], s.cStep[0], lanes),
                       ColourAt<T.gouraud>(Vu{} + s.c[1], s.cStep[1], lanes),
@@ -196,25 +200,51 @@ TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) 
     std::uint8_t* px = s.colour;
     std::int32_t* dp = s.depth;
     std::int32_t done = 0;
-    for (; s.count - done >= kLanes; done += kLanes, px += 4 * kLanes, dp += kLanes) {
+    if (s.count >= kLanes) {
+        const std::int32_t t = s.zStepRemainder * kLanes;
+        std::int32_t rBlock = t % s.width;
+        auto zBlock = static_cast<std::uint32_t>(s.zStep) * kLanes +
+                      static_cast<std::uint32_t>(t / s.width);
+        if (rBlock < 0) {
+            rBlock += s.width;
+            --zBlock;
+        }
+        const Vi width = Vi{} + s.width;
+        for (; s.count - done >= kLanes; done += kLanes, px += 4 * kLanes, dp += kLanes) {
+            Vu dst;
+            Vi depth;
+            std::memcpy(&dst, px, sizeof dst);
+            std::memcpy(&depth, dp, sizeof depth);
+            const Vi write = ((Vi)z <= depth) | always;
+            if (TESSERA_LANE_BITS(write) != 0) {
+                WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+                std::memcpy(px, &dst, sizeof dst);
+                std::memcpy(dp, &depth, sizeof depth);
+            }
+            z += zBlock;
+            zr += rBlock;
+            const Vi carry = zr >= width;
+            z -= (Vu)carry;
+            zr -= carry & width;
+        }
+    }
+    const std::int32_t left = s.count - done;
+    if (left == 0) return;
+    const Vi inSpan = (Vi)lanes < left;
+    if (s.room - done >= kLanes) {
+        // The whole block lies in the clip: read and written whole, the columns past the span
+        // unchanged.
         Vu dst;
         Vi depth;
         std::memcpy(&dst, px, sizeof dst);
         std::memcpy(&depth, dp, sizeof depth);
-        const Vi write = ((Vi)z <= depth) | always;
-        if (TESSERA_LANE_BITS(write) != 0) {
-            WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
-            std::memcpy(px, &dst, sizeof dst);
-            std::memcpy(dp, &depth, sizeof depth);
-        }
-        z += zBlock;
-        zr += rBlock;
-        const Vi carry = zr >= width;
-        z -= (Vu)carry;
-        zr -= carry & width;
+        const Vi write = (((Vi)z <= depth) | always) & inSpan;
+        if (TESSERA_LANE_BITS(write) == 0) return;
+        WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+        std::memcpy(px, &dst, sizeof dst);
+        std::memcpy(dp, &depth, sizeof depth);
+        return;
     }
-    const std::int32_t left = s.count - done;
-    if (left == 0) return;
     Vu dst{};
     Vi depth{};
     for (int k = 0; k < left; ++k) {
@@ -223,7 +253,7 @@ TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) 
         dst[k] = p;
         depth[k] = dp[k];
     }
-    const Vi write = ((Vi)z <= depth) | always;
+    const Vi write = (((Vi)z <= depth) | always) & inSpan;
     if (TESSERA_LANE_BITS(write) == 0) return;
     WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
     for (int k = 0; k < left; ++k) {
