@@ -13,8 +13,7 @@ void ApplyDoubleResolution(const RasterContext& rc) {
     }
 }
 
-PolygonReach ReachOf(const RasterContext& rc, std::int32_t& widestSpan) {
-    widestSpan = INT32_MAX;
+PolygonReach ReachOf(const RasterContext& rc) {
     // The walk hands a triangle's edges out in order, each within its own scanlines; other
     // outlines can come to it crossed, with edges used past their ends, and are left to the
     // edge count.
@@ -32,7 +31,6 @@ PolygonReach ReachOf(const RasterContext& rc, std::int32_t& widestSpan) {
     if (minX > -kNoWrap && maxX < kNoWrap) {
         const std::int32_t left = minX >> kSubpixelBits, right = maxX >> kSubpixelBits;
         if (left == right || right <= 0 || left > rc.clipMaxX) return PolygonReach::NoPixel;
-        widestSpan = right - left;
     }
     return PolygonReach::Frame;
 }

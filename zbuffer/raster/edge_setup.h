@@ -89,8 +89,7 @@ enum class PolygonReach {
 
 // What the polygon can reach, from its corners alone, before any edge is built: a triangle with
 // all corners in one pixel column, or all beside, above or below the frame, gives no pixel.
-// `widestSpan` receives a bound on the columns of one span (a triangle's), else INT32_MAX.
-PolygonReach ReachOf(const RasterContext& rc, std::int32_t& widestSpan);
+PolygonReach ReachOf(const RasterContext& rc);
 
 // Fills `edges` (room for vertexCount) with the edges that span at least one scanline, in
 // polygon order. Returns how many. Expects 1 <= vertexCount <= kMaxPolygonVertices.

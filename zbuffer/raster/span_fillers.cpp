@@ -1,6 +1,6 @@
 // Polygon fillers: one template instantiated per mode and a table of the instantiations, so the
-// mode is chosen once per polygon and no pixel loop branches on it. The pixel loops come from
-// the context's path; the plain ones are here.
+// mode is chosen once per polygon and no pixel loop branches on it. The plain walk is here; the
+// lane paths walk polygons with their own loops.
 #include "zbuffer/raster/span_fillers.h"
 
 #include "zbuffer/raster/edge_setup.h"
@@ -108,8 +108,7 @@ template <FillMode M> inline void StepSpan(SpanRun& s) {
     }
 }
 
-// Inlined into the walk, which runs short spans itself; a copy of the run, so that its values
-// stay in registers.
+// Inlined into the walk; a copy of the run, so that its values stay in registers.
 template <FillMode M>
 [[gnu::always_inline]] inline void ScalarPixels(const PolygonConstants& pc, SpanRun s) {
     std::uint8_t* px = s.colour;
@@ -131,15 +130,10 @@ template <FillMode M>
     }
 }
 
-template <FillMode M> void ScalarSpan(const PolygonConstants& pc, const SpanRun& run) {
-    ScalarPixels<M>(pc, run);
-}
-
 // One scanline between two active edges; the right end column is exclusive.
-// With Lanes, long spans go to the kernel set's loop; without, every span stays inline.
-template <FillMode M, bool Lanes>
-void FillSpan(const RasterContext& rc, const PolygonConstants& pc, const SpanKernelSet& kernels,
-              std::int32_t y, const EdgeRecord& a, const EdgeRecord& b) {
+template <FillMode M>
+void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t y,
+              const EdgeRecord& a, const EdgeRecord& b) {
     constexpr ModeTraits T = TraitsOf(M);
     const EdgeRecord& l = b.x < a.x ? b : a;
     const EdgeRecord& r = b.x < a.x ? a : b;
@@ -151,7 +145,6 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, const SpanKer
 
     SpanRun s;
     s.count = lastColumn - firstColumn + 1;
-    s.room = rc.clipMaxX - firstColumn + 1;
     s.width = right - left;
     s.z = l.z;
     s.zRemainder = 0;
@@ -179,10 +172,7 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, const SpanKer
                static_cast<std::ptrdiff_t>(firstColumn - rc.clipMinX) * 4;
     s.depth = rc.depthBase + static_cast<std::ptrdiff_t>(y - rc.clipMinY) * (rc.depthPitch / 4) +
               (firstColumn - rc.clipMinX);
-    if (!Lanes || s.count < kernels.shortestRun)
-        ScalarPixels<M>(pc, s);
-    else
-        kernels.fill[static_cast<int>(M)](pc, s);
+    ScalarPixels<M>(pc, s);
 }
 
 template <FillMode M> inline void StepEdge(EdgeRecord& e) {
@@ -217,7 +207,9 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
     }
 }
 
-template <FillMode M, bool Lanes> int WalkPolygon(RasterContext& rc, const SpanKernelSet& kernels) {
+// The plain walk; the lane paths have their own (span_kernels_lanes.h), which must take the
+// same edges in the same order.
+template <FillMode M> int WalkPolygon(RasterContext& rc) {
     constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
     EdgeRecord edges[kMaxPolygonVertices];
@@ -227,17 +219,7 @@ template <FillMode M, bool Lanes> int WalkPolygon(RasterContext& rc, const SpanK
         SetupEdgeColours(edges, count,
                          Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
     if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
-
-    PolygonConstants pc;
-    const std::uint32_t flat[3] = {rc.flatColour.blue, rc.flatColour.green, rc.flatColour.red};
-    pc.opacity = static_cast<std::uint32_t>(rc.opacity);
-    pc.inverseOpacity = static_cast<std::uint32_t>(rc.inverseOpacity);
-    for (int k = 0; k < 3; ++k) {
-        pc.flat[k] = flat[k];
-        pc.flatTimesOpacity[k] = flat[k] * pc.opacity;
-    }
-    pc.depthAlwaysPasses = rc.depthAlwaysPasses != 0;
-    if constexpr (T.textured) pc.texels = rc.texels;
+    const PolygonConstants pc = ConstantsOf(rc);
 
     EdgeRecord* head = SortEdges(edges, count);
     EdgeRecord* a = head;
@@ -256,7 +238,7 @@ template <FillMode M, bool Lanes> int WalkPolygon(RasterContext& rc, const SpanK
                 y = stop;
             }
         }
-        if (y >= 0) FillSpan<M, Lanes>(rc, pc, kernels, y, *a, *b);
+        if (y >= 0) FillSpan<M>(rc, pc, y, *a, *b);
         // An edge serves through its bottom scanline, then the next listed edge takes over.
         const std::int32_t nextY = y + 1;
         if (ScanlineOf(a->bottom->y) < nextY) {
@@ -275,37 +257,30 @@ template <FillMode M, bool Lanes> int WalkPolygon(RasterContext& rc, const SpanK
     return 1;
 }
 
-// Triangles too narrow for a span to fill the lanes are walked without any call per span.
-template <FillMode M> int FillPolygonIn(RasterContext& rc, const SpanKernelSet& kernels) {
+template <FillMode M> int FillPolygonIn(RasterContext& rc, const SpanKernelSet* lanes) {
     if (rc.vertexCount <= 0 || rc.vertexCount > kMaxPolygonVertices) return 0;
     ApplyDoubleResolution(rc);
-    std::int32_t widestSpan;
-    const PolygonReach reach = ReachOf(rc, widestSpan);
+    const PolygonReach reach = ReachOf(rc);
     if (reach != PolygonReach::Frame) return reach == PolygonReach::NoScanline ? 0 : 1;
-    if (widestSpan < kernels.shortestRun) return WalkPolygon<M, false>(rc, kernels);
-    return WalkPolygon<M, true>(rc, kernels);
+    if (lanes) return lanes->walk[static_cast<int>(M)](rc, ConstantsOf(rc));
+    return WalkPolygon<M>(rc);
 }
 
-using PolygonFiller = int (*)(RasterContext&, const SpanKernelSet&);
+using PolygonFiller = int (*)(RasterContext&, const SpanKernelSet*);
 
-// Both indexed by FillMode.
+// Indexed by FillMode.
 template <std::size_t... I>
 constexpr std::array<PolygonFiller, sizeof...(I)> MakeFillerTable(std::index_sequence<I...>) {
     return {&FillPolygonIn<static_cast<FillMode>(I)>...};
 }
-template <std::size_t... I> constexpr SpanKernelSet MakeScalarKernels(std::index_sequence<I...>) {
-    return {{&ScalarSpan<static_cast<FillMode>(I)>...}, 0};
-}
 
 constexpr auto kFillers = MakeFillerTable(std::make_index_sequence<kFillModeCount>{});
-constexpr SpanKernelSet kScalarKernels =
-    MakeScalarKernels(std::make_index_sequence<kFillModeCount>{});
 static_assert(kFillers.size() == kFillModeCount);
 static_assert(static_cast<int>(FillMode::GouraudTextureAlpha) == kFillModeCount - 1);
 
-// Indexed by SimdPath; a path the processor lacks runs the plain loops.
+// Indexed by SimdPath; the plain path, and a path the processor lacks, have no lanes.
 const SpanKernelSet* const kKernelSets[kSimdPathCount] = {
-    &kScalarKernels, SimdPathSupported(SimdPath::Sse2) ? Sse2SpanKernels() : nullptr,
+    nullptr, SimdPathSupported(SimdPath::Sse2) ? Sse2SpanKernels() : nullptr,
     SimdPathSupported(SimdPath::Avx2) ? Avx2SpanKernels() : nullptr};
 
 } // namespace
@@ -314,5 +289,5 @@ int FillPolygon(RasterContext& rc, FillMode mode) {
     const auto path = static_cast<std::size_t>(rc.simdPath);
     const SpanKernelSet* set = path < kSimdPathCount ? kKernelSets[path] : nullptr;
     const auto m = static_cast<std::size_t>(mode);
-    return kFillers[m](rc, set ? *set : kScalarKernels);
+    return kFillers[m](rc, set);
 }

@@ -1,5 +1,5 @@
-// The pixel loop of one scanline, apart from the edge walk, so that it can run in lanes:
-// what the walk hands over and the sets of loops, one per filler path.
+// The pixel loop of one scanline and what the walk hands over to it, and the sets of span loops
+// and polygon walks, one per filler path that runs in lanes.
 #pragma once
 
 #include "zbuffer/raster/raster_context.h"
@@ -52,12 +52,27 @@ struct SpanRun {
 };
 
 using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
+// Draws the polygon of rc.vertexList, which reaches the frame; returns what FillPolygon does.
+using PolygonWalk = int (*)(RasterContext& rc, const PolygonConstants& pc);
 
 struct SpanKernelSet {
-    SpanKernel fill[kFillModeCount]; // indexed by FillMode
-    // Shorter runs take the plain loop: setting up the lanes costs more than they save there.
-    std::int32_t shortestRun;
+    SpanKernel fill[kFillModeCount]; // one span by itself, indexed by FillMode; walks inline it
+    PolygonWalk walk[kFillModeCount];
 };
+
+inline PolygonConstants ConstantsOf(const RasterContext& rc) {
+    PolygonConstants pc;
+    const std::uint32_t flat[3] = {rc.flatColour.blue, rc.flatColour.green, rc.flatColour.red};
+    pc.opacity = static_cast<std::uint32_t>(rc.opacity);
+    pc.inverseOpacity = static_cast<std::uint32_t>(rc.inverseOpacity);
+    for (int k = 0; k < 3; ++k) {
+        pc.flat[k] = flat[k];
+        pc.flatTimesOpacity[k] = flat[k] * pc.opacity;
+    }
+    pc.depthAlwaysPasses = rc.depthAlwaysPasses != 0;
+    pc.texels = rc.texels;
+    return pc;
+}
 
 // Null where the build has no such path.
 const SpanKernelSet* Sse2SpanKernels();

@@ -6,7 +6,6 @@
 #include <immintrin.h>
 
 #define TESSERA_LANES 8
-#define TESSERA_SHORTEST_LANE_RUN 3
 #define TESSERA_LANE_TARGET __attribute__((target("avx2")))
 #define TESSERA_LANE_BITS(mask) _mm256_movemask_ps((__m256)(mask))
 #define TESSERA_LANE_GATHER(base, index)                                                     \

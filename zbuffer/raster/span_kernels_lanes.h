@@ -1,4 +1,5 @@
-// The span loops in lanes of 32-bit integers, written once for every vector width. A file that
+// The span loops and the polygon walk in lanes of 32-bit integers, written once for every
+// vector width. A file that
 // includes this defines TESSERA_LANES (4 or 8), TESSERA_LANE_TARGET (the attribute that
 // enables the instructions) and TESSERA_LANE_BITS(mask) (one bit per lane), and may define
 // TESSERA_LANE_GATHER(base, index) (32-bit loads at base + index). Everything here
@@ -8,6 +9,8 @@
 #include "zbuffer/raster/edge_setup.h"
 #include "zbuffer/raster/span_kernels.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -179,7 +182,7 @@ LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
 }
 
 template <FillMode M>
-TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
+[[gnu::always_inline]] LANES_FN void LanePixels(const PolygonConstants& pc, const SpanRun& s) {
     constexpr ModeTraits T = TraitsOf(M);
     // Lane k starts k columns on; each block of lanes then steps kLanes columns at once, the
     // depth by the quotient and remainder of kLanes times its difference.
@@ -263,8 +266,185 @@ TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) 
     }
 }
 
+template <FillMode M>
+TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
+    LanePixels<M>(pc, s);
+}
+
+// The walk keeps an edge's x and the values that step by whole additions in one vector, so that
+// picking the left edge and taking a span's differences are an operation each. Lanes: x, then
+// blue, green, red, then u, v.
+typedef std::uint32_t Ve __attribute__((vector_size(32)));
+typedef std::int32_t Vh __attribute__((vector_size(16)));
+typedef double Vd __attribute__((vector_size(32)));
+
+struct LaneEdge {
+    Ve value, step;
+    std::int32_t z, zRemainder, zStep, zStepRemainder, scanlines, bottomRow;
+};
+
+template <FillMode M> LANES_FN void PackEdge(const EdgeRecord& e, LaneEdge& out) {
+    constexpr ModeTraits T = TraitsOf(M);
+    out.value = Ve{static_cast<std::uint32_t>(e.x)};
+    out.step = Ve{static_cast<std::uint32_t>(e.xStep)};
+    if constexpr (T.gouraud) {
+        out.value[1] = e.b;
+        out.value[2] = e.g;
+        out.value[3] = e.r;
+        out.step[1] = static_cast<std::uint32_t>(e.bStep);
+        out.step[2] = static_cast<std::uint32_t>(e.gStep);
+        out.step[3] = static_cast<std::uint32_t>(e.rStep);
+    }
+    if constexpr (T.textured) {
+        out.value[4] = static_cast<std::uint32_t>(e.u);
+        out.value[5] = static_cast<std::uint32_t>(e.v);
+        out.step[4] = static_cast<std::uint32_t>(e.uStep);
+        out.step[5] = static_cast<std::uint32_t>(e.vStep);
+    }
+    out.z = e.z;
+    out.zRemainder = e.zRemainder;
+    out.zStep = e.zStep;
+    out.zStepRemainder = e.zStepRemainder;
+    out.scanlines = e.scanlines;
+    out.bottomRow = ScanlineOf(e.bottom->y);
+}
+
+LANES_FN void SkipEdge(LaneEdge& e, std::int32_t rows) {
+    e.value += static_cast<std::uint32_t>(rows) * e.step;
+    StepByRemainder(e.z, e.zRemainder, e.zStep, e.zStepRemainder, e.scanlines, rows);
+}
+
+// Four quotients truncated toward zero, exact: every 32-bit numerator is exact in a double, and
+// a correctly rounded quotient of such integers never crosses a whole number.
+LANES_FN Vh DivideLanes(Vh numerators, std::int32_t divisor) {
+    return __builtin_convertvector(
+        __builtin_convertvector(numerators, Vd) / static_cast<double>(divisor), Vh);
+}
+
+// Where scanlines land in the target, copied out of the context so that pixel stores, which
+// may alias anything, do not make the walk read it again.
+struct LaneTarget {
+    std::uint8_t* colourBase;
+    std::int32_t* depthBase;
+    std::ptrdiff_t colourPitch, depthPitch; // depth in entries
+    std::int32_t colourTopRow;              // colour memory row of scanline 0: rowBias + clipMinY
+    std::int32_t clipMinX, clipMinY, clipMaxX;
+};
+
+// One scanline between two edges; what FillSpan does, with the edges in lanes.
+template <FillMode M>
+[[gnu::always_inline]] LANES_FN void LaneScanline(const LaneTarget& target,
+                                                  const PolygonConstants& pc, std::int32_t y,
+                                                  const LaneEdge& a, const LaneEdge& b) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const bool swap = static_cast<std::int32_t>(b.value[0]) < static_cast<std::int32_t>(a.value[0]);
+    const Ve toB = Ve{} - static_cast<std::uint32_t>(swap);
+    const Ve l = (b.value & toB) | (a.value & ~toB);
+    const Ve r = (a.value & toB) | (b.value & ~toB);
+    const std::int32_t left = static_cast<std::int32_t>(l[0]) >> kEdgeFracBits;
+    const std::int32_t right = static_cast<std::int32_t>(r[0]) >> kEdgeFracBits;
+    const std::int32_t firstColumn = std::max(left, 0);
+    const std::int32_t lastColumn = std::min(right - 1, target.clipMaxX);
+    if (firstColumn > lastColumn) return;
+
+    SpanRun s;
+    s.count = lastColumn - firstColumn + 1;
+    s.room = target.clipMaxX - firstColumn + 1;
+    s.width = right - left;
+    const std::int32_t lz = swap ? b.z : a.z;
+    const std::int32_t dz = (swap ? a.z : b.z) - lz;
+    s.z = lz;
+    s.zRemainder = 0;
+    s.zStep = dz / s.width;
+    s.zStepRemainder = dz % s.width;
+    const Ve difference = r - l;
+    Vh colourSteps{}, textureSteps{};
+    if constexpr (T.gouraud)
+        colourSteps = DivideLanes(
+            (Vh)__builtin_shufflevector(difference, difference, 0, 1, 2, 3), s.width);
+    if constexpr (T.textured)
+        textureSteps = DivideLanes(
+            (Vh)__builtin_shufflevector(difference, difference, 4, 5, 6, 7), s.width);
+    const Ve steps = (Ve)__builtin_shufflevector(colourSteps, textureSteps, 0, 1, 2, 3, 4, 5, 6, 7);
+    Ve first = l;
+    // Columns left of the frame are stepped over, not written: no subpixel prestep.
+    if (firstColumn > left) {
+        const std::int32_t skipped = firstColumn - left;
+        first += static_cast<std::uint32_t>(skipped) * steps;
+        StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, skipped);
+    }
+    for (int k = 0; k < 3; ++k) {
+        s.c[k] = first[1 + k];
+        s.cStep[k] = static_cast<std::int32_t>(steps[1 + k]);
+    }
+    s.u = static_cast<std::int32_t>(first[4]);
+    s.v = static_cast<std::int32_t>(first[5]);
+    s.uStep = static_cast<std::int32_t>(steps[4]);
+    s.vStep = static_cast<std::int32_t>(steps[5]);
+    s.colour = target.colourBase +
+               static_cast<std::ptrdiff_t>(target.colourTopRow - y) * target.colourPitch +
+               static_cast<std::ptrdiff_t>(firstColumn - target.clipMinX) * 4;
+    s.depth = target.depthBase + static_cast<std::ptrdiff_t>(y - target.clipMinY) * target.depthPitch +
+              (firstColumn - target.clipMinX);
+    LanePixels<M>(pc, s);
+}
+
+// The scanline walk of span_fillers.cpp's WalkPolygon, the same edges taken in the same order
+// and stepped by the same sums, with every span in lanes.
+template <FillMode M>
+TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc, const PolygonConstants& constants) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const PolygonConstants pc = constants;
+    const LaneTarget target{rc.colourBase,    rc.depthBase, rc.colourPitch,
+                            rc.depthPitch / 4, rc.rowBias + rc.clipMinY, rc.clipMinX,
+                            rc.clipMinY,      rc.clipMaxX};
+    const int vertexCount = rc.vertexCount;
+    EdgeRecord edges[kMaxPolygonVertices];
+    const int count = SetupEdges(rc, edges);
+    if (count < 2) return 0;
+    if constexpr (T.gouraud)
+        SetupEdgeColours(edges, count,
+                         Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
+    if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
+    EdgeRecord* head = SortEdges(edges, count);
+    const std::int32_t last = LastScanline(rc, head, vertexCount, count);
+
+    LaneEdge listed[kMaxPolygonVertices];
+    int listedCount = 0;
+    for (const EdgeRecord* e = head; e; e = e->next) PackEdge<M>(*e, listed[listedCount++]);
+    LaneEdge a = listed[0], b = listed[1];
+    int next = 2;
+    for (std::int32_t y = ScanlineOf(head->top->y); y <= last; ++y) {
+        // Above the frame: jump to the scanline where an edge changes hands or the frame
+        // begins, whichever comes first.
+        if (y < 0) {
+            const std::int32_t stop = std::min({a.bottomRow, b.bottomRow, std::int32_t{-1}, last});
+            if (stop > y) {
+                SkipEdge(a, stop - y);
+                SkipEdge(b, stop - y);
+                y = stop;
+            }
+        }
+        if (y >= 0) LaneScanline<M>(target, pc, y, a, b);
+        // An edge serves through its bottom scanline, then the next listed edge takes over.
+        if (a.bottomRow <= y) {
+            if (next == listedCount) break;
+            a = listed[next++];
+        }
+        if (b.bottomRow <= y) {
+            if (next == listedCount) break;
+            b = listed[next++];
+        }
+        a.value += a.step;
+        StepByRemainder(a.z, a.zRemainder, a.zStep, a.zStepRemainder, a.scanlines);
+        b.value += b.step;
+        StepByRemainder(b.z, b.zRemainder, b.zStep, b.zStepRemainder, b.scanlines);
+    }
+    return 1;
+}
+
 template <std::size_t... I> constexpr SpanKernelSet MakeLaneKernels(std::index_sequence<I...>) {
-    return {{&LaneSpan<static_cast<FillMode>(I)>...}, TESSERA_SHORTEST_LANE_RUN};
+    return {{&LaneSpan<static_cast<FillMode>(I)>...}, {&LaneWalk<static_cast<FillMode>(I)>...}};
 }
 
 constexpr SpanKernelSet kLaneKernels = MakeLaneKernels(std::make_index_sequence<kFillModeCount>{});

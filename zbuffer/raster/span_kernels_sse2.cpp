@@ -5,7 +5,6 @@
 #include <emmintrin.h>
 
 #define TESSERA_LANES 4
-#define TESSERA_SHORTEST_LANE_RUN 3
 #define TESSERA_LANE_TARGET
 #define TESSERA_LANE_BITS(mask) _mm_movemask_ps((__m128)(mask))
 #include "zbuffer/raster/span_kernels_lanes.h"
