@@ -177,7 +177,8 @@ LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
     const Vi under = r < 0, over = r >= s.width;
     carry += under - over;
     r += (s.width & under) - (s.width & over);
-    z = (Vu)(s.z + k * s.zStep + carry);
+    // Steps wrap modulo 2^32, as the scalar loop's additions do.
+    z = static_cast<std::uint32_t>(s.z) + (Vu)k * static_cast<std::uint32_t>(s.zStep) + (Vu)carry;
     remainders = r;
 }
 
@@ -389,6 +390,209 @@ template <FillMode M>
     LanePixels<M>(pc, s);
 }
 
+typedef double Vdl __attribute__((vector_size(8 * kLanes)));
+
+// a / b truncated toward zero, exact for 32-bit a: see DivideLanes.
+LANES_FN Vi TruncatedQuotient(Vi a, Vi b) {
+    return __builtin_convertvector(__builtin_convertvector(a, Vdl) / __builtin_convertvector(b, Vdl),
+                                   Vi);
+}
+
+// floor(n * m / b) for b > 0 where the product needs up to 48 bits: it is exact in a double,
+// the truncated quotient is exact as in DivideLanes, and the remainder, which fits 32 bits,
+// comes out right modulo 2^32 and says whether truncation went up.
+LANES_FN Vi FloorQuotientOfProduct(Vi n, Vi m, Vi b) {
+    const Vdl product = __builtin_convertvector(n, Vdl) * __builtin_convertvector(m, Vdl);
+    const Vi q = __builtin_convertvector(product / __builtin_convertvector(b, Vdl), Vi);
+    const Vi r = (Vi)((Vu)n * (Vu)m - (Vu)q * (Vu)b);
+    return q + (r < 0);
+}
+
+// A triangle edge's start and steps, the same in every lane or, for the edge beside the long
+// one, that of the upper or the lower edge as each lane's scanline falls.
+struct RowEdge {
+    Vi top, scanlines, zStep, zStepRemainder;
+    Vu x, xStep, z, c[3], cStep[3], u, v, uStep, vStep;
+};
+
+template <FillMode M> LANES_FN void BroadcastEdge(const EdgeRecord& e, RowEdge& out) {
+    constexpr ModeTraits T = TraitsOf(M);
+    out.top = Vi{} + ScanlineOf(e.top->y);
+    out.scanlines = Vi{} + e.scanlines;
+    out.zStep = Vi{} + e.zStep;
+    out.zStepRemainder = Vi{} + e.zStepRemainder;
+    out.x = Vu{} + static_cast<std::uint32_t>(e.x);
+    out.xStep = Vu{} + static_cast<std::uint32_t>(e.xStep);
+    out.z = Vu{} + static_cast<std::uint32_t>(e.z);
+    if constexpr (T.gouraud) {
+        const std::uint32_t c[3] = {e.b, e.g, e.r};
+        const std::int32_t step[3] = {e.bStep, e.gStep, e.rStep};
+        for (int k = 0; k < 3; ++k) {
+            out.c[k] = Vu{} + c[k];
+            out.cStep[k] = Vu{} + static_cast<std::uint32_t>(step[k]);
+        }
+    }
+    if constexpr (T.textured) {
+        out.u = Vu{} + static_cast<std::uint32_t>(e.u);
+        out.v = Vu{} + static_cast<std::uint32_t>(e.v);
+        out.uStep = Vu{} + static_cast<std::uint32_t>(e.uStep);
+        out.vStep = Vu{} + static_cast<std::uint32_t>(e.vStep);
+    }
+}
+
+template <typename V> LANES_FN V Pick(Vi mask, V ifSet, V otherwise) {
+    return (V)(((Vi)ifSet & mask) | ((Vi)otherwise & ~mask));
+}
+
+template <FillMode M>
+LANES_FN void PickEdge(Vi upper, const RowEdge& a, const RowEdge& b, RowEdge& out) {
+    constexpr ModeTraits T = TraitsOf(M);
+    out.top = Pick(upper, a.top, b.top);
+    out.scanlines = Pick(upper, a.scanlines, b.scanlines);
+    out.zStep = Pick(upper, a.zStep, b.zStep);
+    out.zStepRemainder = Pick(upper, a.zStepRemainder, b.zStepRemainder);
+    out.x = Pick(upper, a.x, b.x);
+    out.xStep = Pick(upper, a.xStep, b.xStep);
+    out.z = Pick(upper, a.z, b.z);
+    if constexpr (T.gouraud)
+        for (int k = 0; k < 3; ++k) {
+            out.c[k] = Pick(upper, a.c[k], b.c[k]);
+            out.cStep[k] = Pick(upper, a.cStep[k], b.cStep[k]);
+        }
+    if constexpr (T.textured) {
+        out.u = Pick(upper, a.u, b.u);
+        out.v = Pick(upper, a.v, b.v);
+        out.uStep = Pick(upper, a.uStep, b.uStep);
+        out.vStep = Pick(upper, a.vStep, b.vStep);
+    }
+}
+
+// An edge's values at each lane's scanline: what stepping it from its top gives, in closed
+// form. Depth carries floor(n * step remainder / scanlines) after n steps.
+struct RowValues {
+    Vu x, z, c[3], u, v;
+};
+
+template <FillMode M> LANES_FN void ValuesAt(Vi y, const RowEdge& e, RowValues& out) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const Vi n = y - e.top;
+    const Vu un = (Vu)n;
+    out.x = e.x + un * e.xStep;
+    out.z = e.z + un * (Vu)e.zStep +
+            (Vu)FloorQuotientOfProduct(n, e.zStepRemainder, e.scanlines);
+    if constexpr (T.gouraud)
+        for (int k = 0; k < 3; ++k) out.c[k] = e.c[k] + un * e.cStep[k];
+    if constexpr (T.textured) {
+        out.u = e.u + un * e.uStep;
+        out.v = e.v + un * e.vStep;
+    }
+}
+
+// The spans of a triangle, kLanes scanlines at a time: edges, span ends and steps of the
+// scanlines in lanes, then each span's pixels. The scalar walk hands a triangle's edges out so:
+// with three edges, the two from the top vertex, then the lower short edge after the upper one's
+// bottom scanline, through the last scanline; with two (a flat top or bottom), both, short of
+// their shared bottom scanline.
+template <FillMode M>
+LANES_FN void TriangleRows(const LaneTarget& target, const PolygonConstants& pc,
+                           const EdgeRecord* head, int count, std::int32_t clipMaxY) {
+    constexpr ModeTraits T = TraitsOf(M);
+    const EdgeRecord* first = head;
+    const EdgeRecord* second = head->next;
+    const EdgeRecord* longEdge = second;
+    const EdgeRecord* upper = first;
+    const EdgeRecord* lower = first;
+    std::int32_t lastRow;
+    if (count == 3) {
+        if (ScanlineOf(first->bottom->y) > ScanlineOf(second->bottom->y)) std::swap(first, second);
+        upper = first;
+        longEdge = second;
+        lower = head->next->next; // the last listed: its top is the lowest
+        lastRow = ScanlineOf(longEdge->bottom->y);
+    } else {
+        lastRow = ScanlineOf(longEdge->bottom->y) - 1;
+    }
+    lastRow = std::min(lastRow, clipMaxY);
+    const std::int32_t upperLast = ScanlineOf(upper->bottom->y);
+
+    RowEdge longLanes, upperLanes, lowerLanes, shortLanes;
+    BroadcastEdge<M>(*longEdge, longLanes);
+    BroadcastEdge<M>(*upper, upperLanes);
+    BroadcastEdge<M>(*lower, lowerLanes);
+    const Vi lanes = (Vi)LaneNumbers();
+
+    for (std::int32_t y0 = std::max(ScanlineOf(head->top->y), 0); y0 <= lastRow; y0 += kLanes) {
+        const Vi y = y0 + lanes;
+        PickEdge<M>(y <= upperLast, upperLanes, lowerLanes, shortLanes);
+        RowValues a, b;
+        ValuesAt<M>(y, shortLanes, a);
+        ValuesAt<M>(y, longLanes, b);
+        const Vi swap = (Vi)b.x < (Vi)a.x;
+        const Vi left = (Vi)Pick(swap, b.x, a.x) >> kEdgeFracBits;
+        const Vi right = (Vi)Pick(swap, a.x, b.x) >> kEdgeFracBits;
+        const Vi firstColumn = Pick(left > 0, left, Vi{});
+        const Vi lastColumn = Pick(right - 1 < target.clipMaxX, right - 1, Vi{} + target.clipMaxX);
+        const Vi drawn = (y <= lastRow) & (firstColumn <= lastColumn);
+        const Vi width = Pick(drawn, right - left, Vi{} + 1);
+        const Vu lz = Pick(swap, b.z, a.z);
+        const Vi dz = (Vi)(Pick(swap, a.z, b.z) - lz);
+        const Vi zStep = TruncatedQuotient(dz, width);
+        const Vi zStepRemainder = (Vi)((Vu)dz - (Vu)zStep * (Vu)width);
+        Vu lc[3]{}, cStep[3]{};
+        if constexpr (T.gouraud)
+            for (int k = 0; k < 3; ++k) {
+                lc[k] = Pick(swap, b.c[k], a.c[k]);
+                cStep[k] = (Vu)TruncatedQuotient((Vi)(Pick(swap, a.c[k], b.c[k]) - lc[k]), width);
+            }
+        Vu lu{}, lv{}, uStep{}, vStep{};
+        if constexpr (T.textured) {
+            lu = Pick(swap, b.u, a.u);
+            lv = Pick(swap, b.v, a.v);
+            uStep = (Vu)TruncatedQuotient((Vi)(Pick(swap, a.u, b.u) - lu), width);
+            vStep = (Vu)TruncatedQuotient((Vi)(Pick(swap, a.v, b.v) - lv), width);
+        }
+        const Vi spanCount = Pick(drawn, lastColumn - firstColumn + 1, Vi{});
+
+        const int rows = std::min(kLanes, lastRow - y0 + 1);
+        for (int k = 0; k < rows; ++k) {
+            if (spanCount[k] == 0) continue;
+            SpanRun s;
+            s.count = spanCount[k];
+            s.room = target.clipMaxX - firstColumn[k] + 1;
+            s.width = width[k];
+            s.z = static_cast<std::int32_t>(lz[k]);
+            s.zRemainder = 0;
+            s.zStep = zStep[k];
+            s.zStepRemainder = zStepRemainder[k];
+            for (int j = 0; j < 3; ++j) {
+                s.c[j] = lc[j][k];
+                s.cStep[j] = static_cast<std::int32_t>(cStep[j][k]);
+            }
+            s.u = static_cast<std::int32_t>(lu[k]);
+            s.v = static_cast<std::int32_t>(lv[k]);
+            s.uStep = static_cast<std::int32_t>(uStep[k]);
+            s.vStep = static_cast<std::int32_t>(vStep[k]);
+            // Columns left of the frame are stepped over, not written: no subpixel prestep.
+            const std::int32_t skipped = firstColumn[k] - left[k];
+            if (skipped > 0) {
+                const auto n = static_cast<std::uint32_t>(skipped);
+                StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, skipped);
+                for (int j = 0; j < 3; ++j) WrappingAdd(s.c[j], s.cStep[j], n);
+                WrappingAdd(s.u, s.uStep, n);
+                WrappingAdd(s.v, s.vStep, n);
+            }
+            const std::int32_t row = y0 + k;
+            s.colour = target.colourBase +
+                       static_cast<std::ptrdiff_t>(target.colourTopRow - row) * target.colourPitch +
+                       static_cast<std::ptrdiff_t>(firstColumn[k] - target.clipMinX) * 4;
+            s.depth = target.depthBase +
+                      static_cast<std::ptrdiff_t>(row - target.clipMinY) * target.depthPitch +
+                      (firstColumn[k] - target.clipMinX);
+            LanePixels<M>(pc, s);
+        }
+    }
+}
+
 // The scanline walk of span_fillers.cpp's WalkPolygon, the same edges taken in the same order
 // and stepped by the same sums, with every span in lanes.
 template <FillMode M>
@@ -407,6 +611,10 @@ TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc, const PolygonConstants& cons
                          Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
     if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
     EdgeRecord* head = SortEdges(edges, count);
+    if (vertexCount == 3) {
+        TriangleRows<M>(target, pc, head, count, rc.clipMaxY);
+        return 1;
+    }
     const std::int32_t last = LastScanline(rc, head, vertexCount, count);
 
     LaneEdge listed[kMaxPolygonVertices];
