@@ -329,7 +329,7 @@ struct LaneTarget {
     std::int32_t* depthBase;
     std::ptrdiff_t colourPitch, depthPitch; // depth in entries
     std::int32_t colourTopRow;              // colour memory row of scanline 0: rowBias + clipMinY
-    std::int32_t clipMinX, clipMinY, clipMaxX;
+    std::int32_t clipMinX, clipMinY, clipMaxX, clipMaxY;
 };
 
 // One scanline between two edges; what FillSpan does, with the edges in lanes.
@@ -415,28 +415,44 @@ struct RowEdge {
     Vu x, xStep, z, c[3], cStep[3], u, v, uStep, vStep;
 };
 
-template <FillMode M> LANES_FN void BroadcastEdge(const EdgeRecord& e, RowEdge& out) {
+// The edge from `top` down to `bottom`, which lie on different scanlines, as SetupEdges and the
+// colour and texture setup build it, in every lane. `multiplier` premultiplies the colours.
+template <FillMode M>
+LANES_FN void TriangleEdge(const RasterContext& rc, const ScreenVertex& top,
+                           const ScreenVertex& bottom, std::uint32_t multiplier, RowEdge& out) {
     constexpr ModeTraits T = TraitsOf(M);
-    out.top = Vi{} + ScanlineOf(e.top->y);
-    out.scanlines = Vi{} + e.scanlines;
-    out.zStep = Vi{} + e.zStep;
-    out.zStepRemainder = Vi{} + e.zStepRemainder;
-    out.x = Vu{} + static_cast<std::uint32_t>(e.x);
-    out.xStep = Vu{} + static_cast<std::uint32_t>(e.xStep);
-    out.z = Vu{} + static_cast<std::uint32_t>(e.z);
-    if constexpr (T.gouraud) {
-        const std::uint32_t c[3] = {e.b, e.g, e.r};
-        const std::int32_t step[3] = {e.bStep, e.gStep, e.rStep};
+    const std::int32_t scanlines = ScanlineOf(bottom.y) - ScanlineOf(top.y);
+    const auto fixed = [multiplier](std::uint8_t c) { return (c * multiplier) << kEdgeFracBits; };
+    const std::uint32_t from[3] = {fixed(top.blue), fixed(top.green), fixed(top.red)};
+    const std::uint32_t to[3] = {fixed(bottom.blue), fixed(bottom.green), fixed(bottom.red)};
+    // x and the colours divide in one go.
+    const Vh q = DivideLanes(
+        Vh{static_cast<std::int32_t>(static_cast<std::uint32_t>(bottom.x - top.x)
+                                     << kEdgeFromSubpixel),
+           WrappedDifference(from[0], to[0]), WrappedDifference(from[1], to[1]),
+           WrappedDifference(from[2], to[2])},
+        scanlines);
+    out.top = Vi{} + ScanlineOf(top.y);
+    out.scanlines = Vi{} + scanlines;
+    out.x = Vu{} + (static_cast<std::uint32_t>(top.x) << kEdgeFromSubpixel);
+    out.xStep = Vu{} + static_cast<std::uint32_t>(q[0]);
+    out.z = Vu{} + static_cast<std::uint32_t>(top.z + rc.depthBias);
+    out.zStep = Vi{} + (bottom.z - top.z) / scanlines;
+    out.zStepRemainder = Vi{} + (bottom.z - top.z) % scanlines;
+    if constexpr (T.gouraud)
         for (int k = 0; k < 3; ++k) {
-            out.c[k] = Vu{} + c[k];
-            out.cStep[k] = Vu{} + static_cast<std::uint32_t>(step[k]);
+            out.c[k] = Vu{} + from[k];
+            out.cStep[k] = Vu{} + static_cast<std::uint32_t>(q[1 + k]);
         }
-    }
     if constexpr (T.textured) {
-        out.u = Vu{} + static_cast<std::uint32_t>(e.u);
-        out.v = Vu{} + static_cast<std::uint32_t>(e.v);
-        out.uStep = Vu{} + static_cast<std::uint32_t>(e.uStep);
-        out.vStep = Vu{} + static_cast<std::uint32_t>(e.vStep);
+        const std::int32_t u = TexelPosition(top.u, rc.texWidth);
+        const std::int32_t v = TexelPosition(top.v, rc.texHeight);
+        out.u = Vu{} + static_cast<std::uint32_t>(u);
+        out.v = Vu{} + static_cast<std::uint32_t>(v);
+        out.uStep = Vu{} + static_cast<std::uint32_t>(
+                               WrappedDifference(u, TexelPosition(bottom.u, rc.texWidth)) / scanlines);
+        out.vStep = Vu{} + static_cast<std::uint32_t>(
+                               WrappedDifference(v, TexelPosition(bottom.v, rc.texHeight)) / scanlines);
     }
 }
 
@@ -489,41 +505,47 @@ template <FillMode M> LANES_FN void ValuesAt(Vi y, const RowEdge& e, RowValues& 
 }
 
 // The spans of a triangle, kLanes scanlines at a time: edges, span ends and steps of the
-// scanlines in lanes, then each span's pixels. The scalar walk hands a triangle's edges out so:
-// with three edges, the two from the top vertex, then the lower short edge after the upper one's
-// bottom scanline, through the last scanline; with two (a flat top or bottom), both, short of
-// their shared bottom scanline.
+// scanlines in lanes, then each span's pixels. The scalar walk hands a triangle's edges out so,
+// with its vertices from the top down, T, M and B: on three scanlines or more, T-M and T-B, then
+// M-B after T-M's bottom scanline, through B's; with T and M, or M and B, on one scanline, the
+// two edges to the third vertex, short of their shared bottom scanline. Expects a triangle that
+// leaves its scanline.
 template <FillMode M>
-LANES_FN void TriangleRows(const LaneTarget& target, const PolygonConstants& pc,
-                           const EdgeRecord* head, int count, std::int32_t clipMaxY) {
+LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
+                           const PolygonConstants& pc) {
     constexpr ModeTraits T = TraitsOf(M);
-    const EdgeRecord* first = head;
-    const EdgeRecord* second = head->next;
-    const EdgeRecord* longEdge = second;
-    const EdgeRecord* upper = first;
-    const EdgeRecord* lower = first;
-    std::int32_t lastRow;
-    if (count == 3) {
-        if (ScanlineOf(first->bottom->y) > ScanlineOf(second->bottom->y)) std::swap(first, second);
-        upper = first;
-        longEdge = second;
-        lower = head->next->next; // the last listed: its top is the lowest
-        lastRow = ScanlineOf(longEdge->bottom->y);
-    } else {
-        lastRow = ScanlineOf(longEdge->bottom->y) - 1;
-    }
-    lastRow = std::min(lastRow, clipMaxY);
-    const std::int32_t upperLast = ScanlineOf(upper->bottom->y);
-
+    const ScreenVertex* t = rc.vertexList[0];
+    const ScreenVertex* m = rc.vertexList[1];
+    const ScreenVertex* b = rc.vertexList[2];
+    if (m->y < t->y) std::swap(t, m);
+    if (b->y < m->y) std::swap(m, b);
+    if (m->y < t->y) std::swap(t, m);
+    const std::int32_t topRow = ScanlineOf(t->y), middleRow = ScanlineOf(m->y),
+                       bottomRow = ScanlineOf(b->y);
+    const std::uint32_t multiplier = Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u;
     RowEdge longLanes, upperLanes, lowerLanes, shortLanes;
-    BroadcastEdge<M>(*longEdge, longLanes);
-    BroadcastEdge<M>(*upper, upperLanes);
-    BroadcastEdge<M>(*lower, lowerLanes);
+    TriangleEdge<M>(rc, *t, *b, multiplier, longLanes);
+    std::int32_t lastRow = bottomRow - 1, upperLast = bottomRow;
+    if (middleRow == topRow)
+        TriangleEdge<M>(rc, *m, *b, multiplier, upperLanes);
+    else
+        TriangleEdge<M>(rc, *t, *m, multiplier, upperLanes);
+    if (middleRow != topRow && middleRow != bottomRow) {
+        TriangleEdge<M>(rc, *m, *b, multiplier, lowerLanes);
+        lastRow = bottomRow;
+        upperLast = middleRow;
+    } else {
+        lowerLanes = upperLanes; // never picked: upperLast is past the last scanline
+    }
+    lastRow = std::min(lastRow, target.clipMaxY);
     const Vi lanes = (Vi)LaneNumbers();
 
-    for (std::int32_t y0 = std::max(ScanlineOf(head->top->y), 0); y0 <= lastRow; y0 += kLanes) {
+    for (std::int32_t y0 = std::max(topRow, 0); y0 <= lastRow; y0 += kLanes) {
         const Vi y = y0 + lanes;
-        PickEdge<M>(y <= upperLast, upperLanes, lowerLanes, shortLanes);
+        if (upperLast < y0 + kLanes - 1)
+            PickEdge<M>(y <= upperLast, upperLanes, lowerLanes, shortLanes);
+        else
+            shortLanes = upperLanes;
         RowValues a, b;
         ValuesAt<M>(y, shortLanes, a);
         ValuesAt<M>(y, longLanes, b);
@@ -601,8 +623,13 @@ TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc, const PolygonConstants& cons
     const PolygonConstants pc = constants;
     const LaneTarget target{rc.colourBase,    rc.depthBase, rc.colourPitch,
                             rc.depthPitch / 4, rc.rowBias + rc.clipMinY, rc.clipMinX,
-                            rc.clipMinY,      rc.clipMaxX};
+                            rc.clipMinY,      rc.clipMaxX,  rc.clipMaxY};
     const int vertexCount = rc.vertexCount;
+    // A triangle that reaches the frame leaves its scanline, so has two edges at least.
+    if (vertexCount == 3) {
+        TriangleRows<M>(rc, target, pc);
+        return 1;
+    }
     EdgeRecord edges[kMaxPolygonVertices];
     const int count = SetupEdges(rc, edges);
     if (count < 2) return 0;
@@ -611,10 +638,6 @@ TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc, const PolygonConstants& cons
                          Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
     if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
     EdgeRecord* head = SortEdges(edges, count);
-    if (vertexCount == 3) {
-        TriangleRows<M>(target, pc, head, count, rc.clipMaxY);
-        return 1;
-    }
     const std::int32_t last = LastScanline(rc, head, vertexCount, count);
 
     LaneEdge listed[kMaxPolygonVertices];
