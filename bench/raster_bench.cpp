@@ -65,7 +65,7 @@ struct Frame {
     Frame() { AttachRasterBuffers(rc, colour.data(), depth.data(), kWidth, kHeight); }
     void Clear() {
         std::memset(colour.data(), 0, colour.size());
-        std::fill(depth.begin(), depth.end(), kDepthEmpty);
+        ClearDepthEntries(depth.data(), depth.size());
     }
 };
 
@@ -186,7 +186,7 @@ void MeshFrame(benchmark::State& state, bool cull) {
     ScreenVertex* list[3] = {&corners[0], &corners[1], &corners[2]};
     for (auto _ : state) {
         std::memset(colour.data(), 0, colour.size());
-        std::fill(depth.begin(), depth.end(), kDepthEmpty);
+        ClearDepthEntries(depth.data(), depth.size());
         for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
             for (int k = 0; k < 3; ++k) corners[k] = projected[mesh.indices[i + k]];
             if (cull && !PassesBackFaceTest(list, 3)) continue;

@@ -146,7 +146,7 @@ void IZB::FillColour(std::uint32_t colour) {
 
 void IZB::ClearDepth() {
     if (surface.depth == nullptr) return;
-    for (std::uint32_t i = 0; i < depthEntryCount; ++i) surface.depth[i] = kDepthEmpty;
+    ClearDepthEntries(surface.depth, depthEntryCount);
 }
 
 void IZB::ClearFrame(std::uint32_t colour) {

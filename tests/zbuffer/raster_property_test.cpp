@@ -64,3 +64,18 @@ TEST(SharedEdges, PolygonsAboveAndBelowAHorizontalEdgeNeverShareAPixel) {
 }
 
 } // namespace
+
+namespace {
+
+// A clear copies its first block over the rest: sizes around the block's, and the entries
+// after the cleared ones stay as they were.
+TEST(DepthClear, SetsExactlyTheCountedEntriesToTheFarthestDepth) {
+    for (const std::size_t count : {0u, 1u, 1023u, 1024u, 1025u, 2048u, 5000u}) {
+        std::vector<std::int32_t> depth(count + 8, 5);
+        ClearDepthEntries(depth.data(), count);
+        for (std::size_t i = 0; i < depth.size(); ++i)
+            ASSERT_EQ(depth[i], i < count ? kDepthEmpty : 5) << "entry " << i << " of " << count;
+    }
+}
+
+} // namespace

@@ -2,6 +2,10 @@
 #include "zbuffer/raster/raster_context.h"
 
 #include "interface/bitmap_info.h"
+#include "zbuffer/raster/fixed_point.h"
+
+#include <algorithm>
+#include <cstring>
 
 void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32_t* depthBits,
                          std::int32_t width, std::int32_t height) {
@@ -16,6 +20,15 @@ void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32
     rc.rowBias = height - 1;
     rc.colourPitch = q5DibRowStride(32, width);
     rc.depthPitch = width * 4;
+}
+
+void ClearDepthEntries(std::int32_t* entries, std::size_t count) {
+    // A loop of single stores is slow at this size; copies of a first, cached block are not.
+    constexpr std::size_t kBlock = 1024;
+    const std::size_t block = std::min(count, kBlock);
+    std::fill_n(entries, block, kDepthEmpty);
+    for (std::size_t done = block; done < count; done += kBlock)
+        std::memcpy(entries + done, entries, std::min(kBlock, count - done) * sizeof *entries);
 }
 
 void ClearTextureBinding(RasterContext& rc) {

@@ -3,6 +3,7 @@
 
 #include "zbuffer/raster/simd_path.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -83,6 +84,9 @@ struct RasterContext {
 // ((32 * width + 31) / 32) * 4 bytes stored bottom-up, depth rows of width entries top-down.
 void AttachRasterBuffers(RasterContext& rc, std::uint8_t* colourBits, std::int32_t* depthBits,
                          std::int32_t width, std::int32_t height);
+
+// Sets `count` depth entries to the farthest depth, as a clear leaves them.
+void ClearDepthEntries(std::int32_t* entries, std::size_t count);
 
 // Forgets the bound texture, so the next bind takes effect whatever material it names.
 void ClearTextureBinding(RasterContext& rc);
