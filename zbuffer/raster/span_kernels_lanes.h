@@ -523,7 +523,9 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
     const std::int32_t topRow = ScanlineOf(t->y), middleRow = ScanlineOf(m->y),
                        bottomRow = ScanlineOf(b->y);
     const std::uint32_t multiplier = Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u;
+    // Edges are big: picked by pointer, not copied.
     RowEdge longLanes, upperLanes, lowerLanes, shortLanes;
+    const RowEdge* lower = &upperLanes; // never picked unless there is a lower edge
     TriangleEdge<M>(rc, *t, *b, multiplier, longLanes);
     std::int32_t lastRow = bottomRow - 1, upperLast = bottomRow;
     if (middleRow == topRow)
@@ -532,22 +534,22 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
         TriangleEdge<M>(rc, *t, *m, multiplier, upperLanes);
     if (middleRow != topRow && middleRow != bottomRow) {
         TriangleEdge<M>(rc, *m, *b, multiplier, lowerLanes);
+        lower = &lowerLanes;
         lastRow = bottomRow;
         upperLast = middleRow;
-    } else {
-        lowerLanes = upperLanes; // never picked: upperLast is past the last scanline
     }
     lastRow = std::min(lastRow, target.clipMaxY);
     const Vi lanes = (Vi)LaneNumbers();
 
     for (std::int32_t y0 = std::max(topRow, 0); y0 <= lastRow; y0 += kLanes) {
         const Vi y = y0 + lanes;
-        if (upperLast < y0 + kLanes - 1)
-            PickEdge<M>(y <= upperLast, upperLanes, lowerLanes, shortLanes);
-        else
-            shortLanes = upperLanes;
+        const RowEdge* shortEdge = &upperLanes;
+        if (upperLast < y0 + kLanes - 1) {
+            PickEdge<M>(y <= upperLast, upperLanes, *lower, shortLanes);
+            shortEdge = &shortLanes;
+        }
         RowValues a, b;
-        ValuesAt<M>(y, shortLanes, a);
+        ValuesAt<M>(y, *shortEdge, a);
         ValuesAt<M>(y, longLanes, b);
         const Vi swap = (Vi)b.x < (Vi)a.x;
         const Vi left = (Vi)Pick(swap, b.x, a.x) >> kEdgeFracBits;
@@ -587,13 +589,13 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
             s.zStep = zStep[k];
             s.zStepRemainder = zStepRemainder[k];
             for (int j = 0; j < 3; ++j) {
-                s.c[j] = lc[j][k];
-                s.cStep[j] = static_cast<std::int32_t>(cStep[j][k]);
+                s.c[j] = T.gouraud ? lc[j][k] : 0;
+                s.cStep[j] = T.gouraud ? static_cast<std::int32_t>(cStep[j][k]) : 0;
             }
-            s.u = static_cast<std::int32_t>(lu[k]);
-            s.v = static_cast<std::int32_t>(lv[k]);
-            s.uStep = static_cast<std::int32_t>(uStep[k]);
-            s.vStep = static_cast<std::int32_t>(vStep[k]);
+            s.u = T.textured ? static_cast<std::int32_t>(lu[k]) : 0;
+            s.v = T.textured ? static_cast<std::int32_t>(lv[k]) : 0;
+            s.uStep = T.textured ? static_cast<std::int32_t>(uStep[k]) : 0;
+            s.vStep = T.textured ? static_cast<std::int32_t>(vStep[k]) : 0;
             // Columns left of the frame are stepped over, not written: no subpixel prestep.
             const std::int32_t skipped = firstColumn[k] - left[k];
             if (skipped > 0) {
