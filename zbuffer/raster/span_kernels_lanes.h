@@ -562,13 +562,13 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
         const Vi dz = (Vi)(Pick(swap, a.z, b.z) - lz);
         const Vi zStep = TruncatedQuotient(dz, width);
         const Vi zStepRemainder = (Vi)((Vu)dz - (Vu)zStep * (Vu)width);
-        Vu lc[3]{}, cStep[3]{};
+        Vu lc[3], cStep[3];
         if constexpr (T.gouraud)
             for (int k = 0; k < 3; ++k) {
                 lc[k] = Pick(swap, b.c[k], a.c[k]);
                 cStep[k] = (Vu)TruncatedQuotient((Vi)(Pick(swap, a.c[k], b.c[k]) - lc[k]), width);
             }
-        Vu lu{}, lv{}, uStep{}, vStep{};
+        Vu lu, lv, uStep, vStep;
         if constexpr (T.textured) {
             lu = Pick(swap, b.u, a.u);
             lv = Pick(swap, b.v, a.v);
@@ -588,14 +588,20 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
             s.zRemainder = 0;
             s.zStep = zStep[k];
             s.zStepRemainder = zStepRemainder[k];
-            for (int j = 0; j < 3; ++j) {
-                s.c[j] = T.gouraud ? lc[j][k] : 0;
-                s.cStep[j] = T.gouraud ? static_cast<std::int32_t>(cStep[j][k]) : 0;
+            // Zero where the mode reads none: the pixel loop adds them all the same.
+            for (int j = 0; j < 3; ++j) s.c[j] = s.cStep[j] = 0;
+            s.u = s.v = s.uStep = s.vStep = 0;
+            if constexpr (T.gouraud)
+                for (int j = 0; j < 3; ++j) {
+                    s.c[j] = lc[j][k];
+                    s.cStep[j] = static_cast<std::int32_t>(cStep[j][k]);
+                }
+            if constexpr (T.textured) {
+                s.u = static_cast<std::int32_t>(lu[k]);
+                s.v = static_cast<std::int32_t>(lv[k]);
+                s.uStep = static_cast<std::int32_t>(uStep[k]);
+                s.vStep = static_cast<std::int32_t>(vStep[k]);
             }
-            s.u = T.textured ? static_cast<std::int32_t>(lu[k]) : 0;
-            s.v = T.textured ? static_cast<std::int32_t>(lv[k]) : 0;
-            s.uStep = T.textured ? static_cast<std::int32_t>(uStep[k]) : 0;
-            s.vStep = T.textured ? static_cast<std::int32_t>(vStep[k]) : 0;
             // Columns left of the frame are stepped over, not written: no subpixel prestep.
             const std::int32_t skipped = firstColumn[k] - left[k];
             if (skipped > 0) {
