@@ -262,7 +262,7 @@ template <FillMode M> int FillPolygonIn(RasterContext& rc, const SpanKernelSet* 
     ApplyDoubleResolution(rc);
     const PolygonReach reach = ReachOf(rc);
     if (reach != PolygonReach::Frame) return reach == PolygonReach::NoScanline ? 0 : 1;
-    if (lanes) return lanes->walk[static_cast<int>(M)](rc, ConstantsOf(rc));
+    if (lanes) return lanes->walk[static_cast<int>(M)](rc);
     return WalkPolygon<M>(rc);
 }
 

@@ -53,7 +53,7 @@ struct SpanRun {
 
 using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
 // Draws the polygon of rc.vertexList, which reaches the frame; returns what FillPolygon does.
-using PolygonWalk = int (*)(RasterContext& rc, const PolygonConstants& pc);
+using PolygonWalk = int (*)(RasterContext& rc);
 
 struct SpanKernelSet {
     SpanKernel fill[kFillModeCount]; // one span by itself, indexed by FillMode; walks inline it

@@ -144,21 +144,21 @@ LANES_FN Vu ColourAt(Vu base, std::int32_t step, Columns columns) {
 
 // The pixels of the block `done` columns into the span where `write` holds, shaded and merged
 // into `dst` and `depth`. Colours and texture positions step by whole additions modulo 2^32,
-// so a block's are the first block's plus its offset times the step: made here, only for
+// so a column's are the span's first plus its offset times the step: made here, only for
 // blocks that write, which keeps the loop over hidden blocks short.
 template <FillMode M>
-LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, const Vu (&c0)[3], Vu u0,
-                         Vu v0, std::int32_t done, Vu z, Vu& dst, Vi& depth, Vi write) {
+LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, std::int32_t done, Vu z,
+                         Vu& dst, Vi& depth, Vi write) {
     constexpr ModeTraits T = TraitsOf(M);
-    const auto offset = static_cast<std::uint32_t>(done);
+    const Vu columns = LaneNumbers() + static_cast<std::uint32_t>(done);
     // Named one by one, so that they stay in registers.
-    const Vu c[3] = {ColourAt<T.gouraud>(c0[0], s.cStep[0], offset),
-                     ColourAt<T.gouraud>(c0[1], s.cStep[1], offset),
-                     ColourAt<T.gouraud>(c0[2], s.cStep[2], offset)};
+    const Vu c[3] = {ColourAt<T.gouraud>(Vu{} + s.c[0], s.cStep[0], columns),
+                     ColourAt<T.gouraud>(Vu{} + s.c[1], s.cStep[1], columns),
+                     ColourAt<T.gouraud>(Vu{} + s.c[2], s.cStep[2], columns)};
     Vu u{}, v{};
     if constexpr (T.textured) {
-        u = u0 + offset * static_cast<std::uint32_t>(s.uStep);
-        v = v0 + offset * static_cast<std::uint32_t>(s.vStep);
+        u = static_cast<std::uint32_t>(s.u) + columns * static_cast<std::uint32_t>(s.uStep);
+        v = static_cast<std::uint32_t>(s.v) + columns * static_cast<std::uint32_t>(s.vStep);
     }
     const Vu out = ShadeLanes<M>(pc, dst, c, u, v, write);
     dst = (out & (Vu)write) | (dst & ~(Vu)write);
@@ -184,21 +184,12 @@ LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
 
 template <FillMode M>
 [[gnu::always_inline]] LANES_FN void LanePixels(const PolygonConstants& pc, const SpanRun& s) {
-    constexpr ModeTraits T = TraitsOf(M);
     // Lane k starts k columns on; each block of lanes then steps kLanes columns at once, the
     // depth by the quotient and remainder of kLanes times its difference.
     Vu z;
     Vi zr;
     FirstDepths(s, z, zr);
     const Vu lanes = LaneNumbers();
-    const Vu c0[3] = {ColourAt<T.gouraud>(Vu{} + s.c[0], s.cStep[0], lanes),
-                      ColourAt<T.gouraud>(Vu{} + s.c[1], s.cStep[1], lanes),
-                      ColourAt<T.gouraud>(Vu{} + s.c[2], s.cStep[2], lanes)};
-    Vu u0{}, v0{};
-    if constexpr (T.textured) {
-        u0 = static_cast<std::uint32_t>(s.u) + lanes * static_cast<std::uint32_t>(s.uStep);
-        v0 = static_cast<std::uint32_t>(s.v) + lanes * static_cast<std::uint32_t>(s.vStep);
-    }
     const Vi always = Vi{} - (pc.depthAlwaysPasses ? 1 : 0);
 
     std::uint8_t* px = s.colour;
@@ -221,7 +212,7 @@ template <FillMode M>
             std::memcpy(&depth, dp, sizeof depth);
             const Vi write = ((Vi)z <= depth) | always;
             if (TESSERA_LANE_BITS(write) != 0) {
-                WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+                WriteBlock<M>(pc, s, done, z, dst, depth, write);
                 std::memcpy(px, &dst, sizeof dst);
                 std::memcpy(dp, &depth, sizeof depth);
             }
@@ -244,7 +235,7 @@ template <FillMode M>
         std::memcpy(&depth, dp, sizeof depth);
         const Vi write = (((Vi)z <= depth) | always) & inSpan;
         if (TESSERA_LANE_BITS(write) == 0) return;
-        WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+        WriteBlock<M>(pc, s, done, z, dst, depth, write);
         std::memcpy(px, &dst, sizeof dst);
         std::memcpy(dp, &depth, sizeof depth);
         return;
@@ -259,7 +250,7 @@ template <FillMode M>
     }
     const Vi write = (((Vi)z <= depth) | always) & inSpan;
     if (TESSERA_LANE_BITS(write) == 0) return;
-    WriteBlock<M>(pc, s, c0, u0, v0, done, z, dst, depth, write);
+    WriteBlock<M>(pc, s, done, z, dst, depth, write);
     for (int k = 0; k < left; ++k) {
         const std::uint32_t p = dst[k];
         std::memcpy(px + 4 * k, &p, sizeof p);
@@ -626,9 +617,9 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
 // The scanline walk of span_fillers.cpp's WalkPolygon, the same edges taken in the same order
 // and stepped by the same sums, with every span in lanes.
 template <FillMode M>
-TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc, const PolygonConstants& constants) {
+TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
     constexpr ModeTraits T = TraitsOf(M);
-    const PolygonConstants pc = constants;
+    const PolygonConstants pc = ConstantsOf(rc);
     const LaneTarget target{rc.colourBase,    rc.depthBase, rc.colourPitch,
                             rc.depthPitch / 4, rc.rowBias + rc.clipMinY, rc.clipMinX,
                             rc.clipMinY,      rc.clipMaxX,  rc.clipMaxY};
