@@ -13,20 +13,33 @@ void ApplyDoubleResolution(const RasterContext& rc) {
     }
 }
 
+namespace {
+
+// By masks: the compiler may branch on std::min here, and random corners defeat prediction.
+std::int32_t Lesser(std::int32_t a, std::int32_t b) {
+    return a ^ ((a ^ b) & -static_cast<std::int32_t>(b < a));
+}
+std::int32_t Greater(std::int32_t a, std::int32_t b) {
+    return a ^ ((a ^ b) & -static_cast<std::int32_t>(b > a));
+}
+
+} // namespace
+
 PolygonReach ReachOf(const RasterContext& rc) {
     // The walk hands a triangle's edges out in order, each within its own scanlines; other
     // outlines can come to it crossed, with edges used past their ends, and are left to the
     // edge count.
     if (rc.vertexCount != 3) return PolygonReach::Frame;
     const ScreenVertex &a = *rc.vertexList[0], &b = *rc.vertexList[1], &c = *rc.vertexList[2];
-    const std::int32_t top = ScanlineOf(std::min({a.y, b.y, c.y}));
-    const std::int32_t bottom = ScanlineOf(std::max({a.y, b.y, c.y}));
+    const std::int32_t top = ScanlineOf(Lesser(a.y, Lesser(b.y, c.y)));
+    const std::int32_t bottom = ScanlineOf(Greater(a.y, Greater(b.y, c.y)));
     // A closed outline that leaves its scanline comes back: two edges cross, or none.
     if (top == bottom) return PolygonReach::NoScanline;
     if (bottom < 0 || top > rc.clipMaxY) return PolygonReach::NoPixel;
     // Edge x stays between its ends, so spans stay between the extreme columns: a span from
     // column L to R writes columns L..R-1. Only where 16.16 edge positions cannot wrap.
-    const std::int32_t minX = std::min({a.x, b.x, c.x}), maxX = std::max({a.x, b.x, c.x});
+    const std::int32_t minX = Lesser(a.x, Lesser(b.x, c.x));
+    const std::int32_t maxX = Greater(a.x, Greater(b.x, c.x));
     constexpr std::int32_t kNoWrap = 1 << 22;
     if (minX > -kNoWrap && maxX < kNoWrap) {
         const std::int32_t left = minX >> kSubpixelBits, right = maxX >> kSubpixelBits;
