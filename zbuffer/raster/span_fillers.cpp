@@ -210,18 +210,13 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
 // The plain walk; the lane paths have their own (span_kernels_lanes.h), which must take the
 // same edges in the same order.
 template <FillMode M> int WalkPolygon(RasterContext& rc) {
-    constexpr ModeTraits T = TraitsOf(M);
     const int vertexCount = rc.vertexCount;
     EdgeRecord edges[kMaxPolygonVertices];
-    const int count = SetupEdges(rc, edges);
-    if (count < 2) return 0;
-    if constexpr (T.gouraud)
-        SetupEdgeColours(edges, count,
-                         Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
-    if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
+    int count;
+    EdgeRecord* head = SetupPolygonEdges<M>(rc, edges, count);
+    if (!head) return 0;
     const PolygonConstants pc = ConstantsOf(rc);
 
-    EdgeRecord* head = SortEdges(edges, count);
     EdgeRecord* a = head;
     EdgeRecord* b = head->next;
     EdgeRecord* next = b->next;

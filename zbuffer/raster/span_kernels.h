@@ -2,6 +2,7 @@
 // and polygon walks, one per filler path that runs in lanes.
 #pragma once
 
+#include "zbuffer/raster/edge_setup.h"
 #include "zbuffer/raster/raster_context.h"
 #include "zbuffer/raster/span_fillers.h"
 
@@ -25,6 +26,23 @@ constexpr ModeTraits TraitsOf(FillMode m) {
 // weighs by the texel's alpha instead.
 constexpr bool Premultiplied(ModeTraits t) {
     return t.gouraud && t.blended && !t.textureAlpha;
+}
+
+// What edge colours are multiplied by.
+inline std::uint32_t ColourMultiplier(ModeTraits t, const RasterContext& rc) {
+    return Premultiplied(t) ? static_cast<std::uint32_t>(rc.opacity) : 1u;
+}
+
+// The polygon's edges with what mode M reads set up, listed by top y; null, with `count`, when
+// fewer than two cross a scanline.
+template <FillMode M>
+EdgeRecord* SetupPolygonEdges(const RasterContext& rc, EdgeRecord* edges, int& count) {
+    constexpr ModeTraits T = TraitsOf(M);
+    count = SetupEdges(rc, edges);
+    if (count < 2) return nullptr;
+    if constexpr (T.gouraud) SetupEdgeColours(edges, count, ColourMultiplier(T, rc));
+    if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
+    return SortEdges(edges, count);
 }
 
 // Values fixed for the whole polygon. Channels are indexed in memory order: blue, green, red.

@@ -513,7 +513,7 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
     if (m->y < t->y) std::swap(t, m);
     const std::int32_t topRow = ScanlineOf(t->y), middleRow = ScanlineOf(m->y),
                        bottomRow = ScanlineOf(b->y);
-    const std::uint32_t multiplier = Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u;
+    const std::uint32_t multiplier = ColourMultiplier(T, rc);
     // Edges are big: picked by pointer, not copied.
     RowEdge longLanes, upperLanes, lowerLanes, shortLanes;
     const RowEdge* lower = &upperLanes; // never picked unless there is a lower edge
@@ -618,7 +618,6 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
 // and stepped by the same sums, with every span in lanes.
 template <FillMode M>
 TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
-    constexpr ModeTraits T = TraitsOf(M);
     const PolygonConstants pc = ConstantsOf(rc);
     const LaneTarget target{rc.colourBase,    rc.depthBase, rc.colourPitch,
                             rc.depthPitch / 4, rc.rowBias + rc.clipMinY, rc.clipMinX,
@@ -630,13 +629,9 @@ TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
         return 1;
     }
     EdgeRecord edges[kMaxPolygonVertices];
-    const int count = SetupEdges(rc, edges);
-    if (count < 2) return 0;
-    if constexpr (T.gouraud)
-        SetupEdgeColours(edges, count,
-                         Premultiplied(T) ? static_cast<std::uint32_t>(rc.opacity) : 1u);
-    if constexpr (T.textured) SetupEdgeTexture(rc, edges, count);
-    EdgeRecord* head = SortEdges(edges, count);
+    int count;
+    const EdgeRecord* head = SetupPolygonEdges<M>(rc, edges, count);
+    if (!head) return 0;
     const std::int32_t last = LastScanline(rc, head, vertexCount, count);
 
     LaneEdge listed[kMaxPolygonVertices];
