@@ -126,7 +126,8 @@ TEST(DepthStepping, LanesCarryTheRemainderAsSteppingDoes) {
     constexpr std::int32_t kColumns = 13;
     for (const SimdPath path : {SimdPath::Sse2, SimdPath::Avx2}) {
         if (!SimdPathSupported(path)) continue;
-        const SpanKernelSet& set = *(path == SimdPath::Sse2 ? Sse2SpanKernels() : Avx2SpanKernels());
+        const SpanKernelSet& set =
+            *(path == SimdPath::Sse2 ? Sse2SpanKernels() : Avx2SpanKernels());
         PolygonConstants pc{};
         pc.depthAlwaysPasses = true;
         std::uint32_t colour[16];

@@ -207,7 +207,7 @@ template <FillMode M> inline void SkipScanlines(EdgeRecord& e, std::int32_t coun
     }
 }
 
-// The plain walk; the lane paths have their own (span_kernels_lanes.h), which must take the
+// The plain walk; the lane paths have their own (polygon_walk_lanes.h), which must take the
 // same edges in the same order.
 template <FillMode M> int WalkPolygon(RasterContext& rc) {
     const int vertexCount = rc.vertexCount;

@@ -1,5 +1,5 @@
-// Span loops in 8 lanes of AVX2. Only the functions here carry the AVX2 target, and only
-// once the processor check has passed are they called.
+// Span loops and polygon walks in 8 lanes of AVX2. Only the functions here carry the AVX2 target,
+// and only once the processor check has passed are they called.
 #include "zbuffer/raster/span_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -8,9 +8,9 @@
 #define TESSERA_LANES 8
 #define TESSERA_LANE_TARGET __attribute__((target("avx2")))
 #define TESSERA_LANE_BITS(mask) _mm256_movemask_ps((__m256)(mask))
-#define TESSERA_LANE_GATHER(base, index)                                                     \
+#define TESSERA_LANE_GATHER(base, index)                                                           \
     ((Vi)_mm256_i32gather_epi32(reinterpret_cast<const int*>(base), (__m256i)(index), 4))
-#include "zbuffer/raster/span_kernels_lanes.h"
+#include "zbuffer/raster/polygon_walk_lanes.h"
 
 const SpanKernelSet* Avx2SpanKernels() {
     return &kLaneKernels;

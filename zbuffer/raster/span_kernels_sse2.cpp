@@ -1,4 +1,4 @@
-// Span loops in 4 lanes of SSE2, which every x86-64 processor has.
+// Span loops and polygon walks in 4 lanes of SSE2, which every x86-64 processor has.
 #include "zbuffer/raster/span_kernels.h"
 
 #if defined(__SSE2__)
@@ -7,7 +7,7 @@
 #define TESSERA_LANES 4
 #define TESSERA_LANE_TARGET
 #define TESSERA_LANE_BITS(mask) _mm_movemask_ps((__m128)(mask))
-#include "zbuffer/raster/span_kernels_lanes.h"
+#include "zbuffer/raster/polygon_walk_lanes.h"
 
 const SpanKernelSet* Sse2SpanKernels() {
     return &kLaneKernels;
