@@ -63,19 +63,9 @@ LANES_FN Vh DivideLanes(Vh numerators, std::int32_t divisor) {
         __builtin_convertvector(numerators, Vd) / static_cast<double>(divisor), Vh);
 }
 
-// Where scanlines land in the target, copied out of the context so that pixel stores, which
-// may alias anything, do not make the walk read it again.
-struct LaneTarget {
-    std::uint8_t* colourBase;
-    std::int32_t* depthBase;
-    std::ptrdiff_t colourPitch, depthPitch; // depth in entries
-    std::int32_t colourTopRow;              // colour memory row of scanline 0: rowBias + clipMinY
-    std::int32_t clipMinX, clipMinY, clipMaxX, clipMaxY;
-};
-
 // One scanline between two edges; what FillSpan does, with the edges in lanes.
 template <FillMode M>
-[[gnu::always_inline]] LANES_FN void LaneScanline(const LaneTarget& target,
+[[gnu::always_inline]] LANES_FN void LaneScanline(const SpanTarget& target,
                                                   const PolygonConstants& pc, std::int32_t y,
                                                   const LaneEdge& a, const LaneEdge& b) {
     constexpr ModeTraits T = TraitsOf(M);
@@ -123,12 +113,7 @@ template <FillMode M>
     s.v = static_cast<std::int32_t>(first[5]);
     s.uStep = static_cast<std::int32_t>(steps[4]);
     s.vStep = static_cast<std::int32_t>(steps[5]);
-    s.colour = target.colourBase +
-               static_cast<std::ptrdiff_t>(target.colourTopRow - y) * target.colourPitch +
-               static_cast<std::ptrdiff_t>(firstColumn - target.clipMinX) * 4;
-    s.depth = target.depthBase +
-              static_cast<std::ptrdiff_t>(y - target.clipMinY) * target.depthPitch +
-              (firstColumn - target.clipMinX);
+    target.Place(s, y, firstColumn);
     LanePixels<M>(pc, s);
 }
 
@@ -254,7 +239,7 @@ template <FillMode M> LANES_FN void ValuesAt(Vi y, const RowEdge& e, RowValues& 
 // two edges to the third vertex, short of their shared bottom scanline. Expects a triangle that
 // leaves its scanline.
 template <FillMode M>
-LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
+LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
                            const PolygonConstants& pc) {
     constexpr ModeTraits T = TraitsOf(M);
     const ScreenVertex* t = rc.vertexList[0];
@@ -346,21 +331,8 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
                 s.vStep = static_cast<std::int32_t>(vStep[k]);
             }
             // Columns left of the frame are stepped over, not written: no subpixel prestep.
-            const std::int32_t skipped = firstColumn[k] - left[k];
-            if (skipped > 0) {
-                const auto n = static_cast<std::uint32_t>(skipped);
-                StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, skipped);
-                for (int j = 0; j < 3; ++j) WrappingAdd(s.c[j], s.cStep[j], n);
-                WrappingAdd(s.u, s.uStep, n);
-                WrappingAdd(s.v, s.vStep, n);
-            }
-            const std::int32_t row = y0 + k;
-            s.colour = target.colourBase +
-                       static_cast<std::ptrdiff_t>(target.colourTopRow - row) * target.colourPitch +
-                       static_cast<std::ptrdiff_t>(firstColumn[k] - target.clipMinX) * 4;
-            s.depth = target.depthBase +
-                      static_cast<std::ptrdiff_t>(row - target.clipMinY) * target.depthPitch +
-                      (firstColumn[k] - target.clipMinX);
+            if (firstColumn[k] > left[k]) SkipColumns<M>(s, firstColumn[k] - left[k]);
+            target.Place(s, y0 + k, firstColumn[k]);
             LanePixels<M>(pc, s);
         }
     }
@@ -370,9 +342,7 @@ LANES_FN void TriangleRows(const RasterContext& rc, const LaneTarget& target,
 // and stepped by the same sums, with every span in lanes.
 template <FillMode M> TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
     const PolygonConstants pc = ConstantsOf(rc);
-    const LaneTarget target{
-        rc.colourBase, rc.depthBase, rc.colourPitch, rc.depthPitch / 4, rc.rowBias + rc.clipMinY,
-        rc.clipMinX,   rc.clipMinY,  rc.clipMaxX,    rc.clipMaxY};
+    const SpanTarget target = SpanTarget::Of(rc);
     const int vertexCount = rc.vertexCount;
     // A triangle that reaches the frame leaves its scanline, so has two edges at least.
     if (vertexCount == 3) {

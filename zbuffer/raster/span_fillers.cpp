@@ -82,20 +82,6 @@ inline std::uint32_t PixelValue(const PolygonConstants& pc, const SpanRun& s, st
     return value | alpha << 24;
 }
 
-// Steps over `count` columns at once: the left clip.
-template <FillMode M> inline void SkipColumns(SpanRun& s, std::int32_t count) {
-    constexpr ModeTraits T = TraitsOf(M);
-    StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
-    const auto n = static_cast<std::uint32_t>(count);
-    if constexpr (T.gouraud) {
-        for (int k = 0; k < 3; ++k) WrappingAdd(s.c[k], s.cStep[k], n);
-    }
-    if constexpr (T.textured) {
-        WrappingAdd(s.u, s.uStep, n);
-        WrappingAdd(s.v, s.vStep, n);
-    }
-}
-
 template <FillMode M> inline void StepSpan(SpanRun& s) {
     constexpr ModeTraits T = TraitsOf(M);
     StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width);
@@ -132,7 +118,7 @@ template <FillMode M>
 
 // One scanline between two active edges; the right end column is exclusive.
 template <FillMode M>
-void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t y,
+void FillSpan(const SpanTarget& target, const PolygonConstants& pc, std::int32_t y,
               const EdgeRecord& a, const EdgeRecord& b) {
     constexpr ModeTraits T = TraitsOf(M);
     const EdgeRecord& l = b.x < a.x ? b : a;
@@ -140,7 +126,7 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
     const std::int32_t left = l.x >> kEdgeFracBits;
     const std::int32_t right = r.x >> kEdgeFracBits;
     const std::int32_t firstColumn = std::max(left, 0);
-    const std::int32_t lastColumn = std::min(right - 1, rc.clipMaxX);
+    const std::int32_t lastColumn = std::min(right - 1, target.clipMaxX);
     if (firstColumn > lastColumn) return;
 
     SpanRun s;
@@ -166,12 +152,7 @@ void FillSpan(const RasterContext& rc, const PolygonConstants& pc, std::int32_t 
     }
     // Columns left of the frame are stepped over, not written: no subpixel prestep.
     if (firstColumn > left) SkipColumns<M>(s, firstColumn - left);
-
-    s.colour = rc.colourBase +
-               static_cast<std::ptrdiff_t>(rc.rowBias + rc.clipMinY - y) * rc.colourPitch +
-               static_cast<std::ptrdiff_t>(firstColumn - rc.clipMinX) * 4;
-    s.depth = rc.depthBase + static_cast<std::ptrdiff_t>(y - rc.clipMinY) * (rc.depthPitch / 4) +
-              (firstColumn - rc.clipMinX);
+    target.Place(s, y, firstColumn);
     ScalarPixels<M>(pc, s);
 }
 
@@ -216,6 +197,7 @@ template <FillMode M> int WalkPolygon(RasterContext& rc) {
     EdgeRecord* head = SetupPolygonEdges<M>(rc, edges, count);
     if (!head) return 0;
     const PolygonConstants pc = ConstantsOf(rc);
+    const SpanTarget target = SpanTarget::Of(rc);
 
     EdgeRecord* a = head;
     EdgeRecord* b = head->next;
@@ -233,7 +215,7 @@ template <FillMode M> int WalkPolygon(RasterContext& rc) {
                 y = stop;
             }
         }
-        if (y >= 0) FillSpan<M>(rc, pc, y, *a, *b);
+        if (y >= 0) FillSpan<M>(target, pc, y, *a, *b);
         // An edge serves through its bottom scanline, then the next listed edge takes over.
         const std::int32_t nextY = y + 1;
         if (ScanlineOf(a->bottom->y) < nextY) {

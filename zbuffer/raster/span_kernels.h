@@ -6,6 +6,7 @@
 #include "zbuffer/raster/raster_context.h"
 #include "zbuffer/raster/span_fillers.h"
 
+#include <cstddef>
 #include <cstdint>
 
 struct ModeTraits {
@@ -67,6 +68,50 @@ struct SpanRun {
     std::uint32_t c[3];
     std::int32_t cStep[3];
     std::int32_t u, v, uStep, vStep;
+};
+
+// Steps over `count` columns at once: the left clip.
+template <FillMode M> inline void SkipColumns(SpanRun& s, std::int32_t count) {
+    constexpr ModeTraits T = TraitsOf(M);
+    StepByRemainder(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, count);
+    const auto n = static_cast<std::uint32_t>(count);
+    if constexpr (T.gouraud) {
+        for (int k = 0; k < 3; ++k) WrappingAdd(s.c[k], s.cStep[k], n);
+    }
+    if constexpr (T.textured) {
+        WrappingAdd(s.u, s.uStep, n);
+        WrappingAdd(s.v, s.vStep, n);
+    }
+}
+
+// Where scanlines land in the target, copied out of the context once per polygon so that pixel
+// stores, which may alias anything, do not make the walk read it again.
+struct SpanTarget {
+    std::uint8_t* colourBase;
+    std::int32_t* depthBase;
+    std::ptrdiff_t colourPitch, depthPitch; // depth in entries
+    std::int32_t colourTopRow;              // colour memory row of scanline 0: rowBias + clipMinY
+    std::int32_t clipMinX, clipMinY, clipMaxX, clipMaxY;
+
+    static SpanTarget Of(const RasterContext& rc) {
+        return {rc.colourBase,
+                rc.depthBase,
+                rc.colourPitch,
+                rc.depthPitch / 4,
+                rc.rowBias + rc.clipMinY,
+                rc.clipMinX,
+                rc.clipMinY,
+                rc.clipMaxX,
+                rc.clipMaxY};
+    }
+
+    // Points `s` at column `firstColumn` of scanline y.
+    void Place(SpanRun& s, std::int32_t y, std::int32_t firstColumn) const {
+        s.colour = colourBase + static_cast<std::ptrdiff_t>(colourTopRow - y) * colourPitch +
+                   static_cast<std::ptrdiff_t>(firstColumn - clipMinX) * 4;
+        s.depth = depthBase + static_cast<std::ptrdiff_t>(y - clipMinY) * depthPitch +
+                  (firstColumn - clipMinX);
+    }
 };
 
 using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
