@@ -114,7 +114,7 @@ template <FillMode M>
     s.uStep = static_cast<std::int32_t>(steps[4]);
     s.vStep = static_cast<std::int32_t>(steps[5]);
     target.Place(s, y, firstColumn);
-    LanePixels<M>(pc, s);
+    LanePixels<M>(pc, s, 1.0f / static_cast<float>(s.width));
 }
 
 typedef double Vdl __attribute__((vector_size(8 * kLanes)));
@@ -305,8 +305,14 @@ LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
         }
         const Vi spanCount = Pick(drawn, lastColumn - firstColumn + 1, Vi{});
 
+        const Vf inverseWidth = 1.0f / __builtin_convertvector(width, Vf);
+        const Vi columnOffset = firstColumn - target.clipMinX;
+        std::uint8_t* colourRow = target.ColourRow(y0);
+        std::int32_t* depthRow = target.DepthRow(y0);
+
         const int rows = std::min(kLanes, lastRow - y0 + 1);
-        for (int k = 0; k < rows; ++k) {
+        for (int k = 0; k < rows;
+             ++k, colourRow -= target.colourPitch, depthRow += target.depthPitch) {
             if (spanCount[k] == 0) continue;
             SpanRun s;
             s.count = spanCount[k];
@@ -332,8 +338,9 @@ LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
             }
             // Columns left of the frame are stepped over, not written: no subpixel prestep.
             if (firstColumn[k] > left[k]) SkipColumns<M>(s, firstColumn[k] - left[k]);
-            target.Place(s, y0 + k, firstColumn[k]);
-            LanePixels<M>(pc, s);
+            s.colour = colourRow + static_cast<std::ptrdiff_t>(columnOffset[k]) * 4;
+            s.depth = depthRow + columnOffset[k];
+            LanePixels<M>(pc, s, inverseWidth[k]);
         }
     }
 }

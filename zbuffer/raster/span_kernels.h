@@ -105,12 +105,18 @@ struct SpanTarget {
                 rc.clipMaxY};
     }
 
+    // The clip's first column of scanline y, in each buffer.
+    std::uint8_t* ColourRow(std::int32_t y) const {
+        return colourBase + static_cast<std::ptrdiff_t>(colourTopRow - y) * colourPitch;
+    }
+    std::int32_t* DepthRow(std::int32_t y) const {
+        return depthBase + static_cast<std::ptrdiff_t>(y - clipMinY) * depthPitch;
+    }
+
     // Points `s` at column `firstColumn` of scanline y.
     void Place(SpanRun& s, std::int32_t y, std::int32_t firstColumn) const {
-        s.colour = colourBase + static_cast<std::ptrdiff_t>(colourTopRow - y) * colourPitch +
-                   static_cast<std::ptrdiff_t>(firstColumn - clipMinX) * 4;
-        s.depth = depthBase + static_cast<std::ptrdiff_t>(y - clipMinY) * depthPitch +
-                  (firstColumn - clipMinX);
+        s.colour = ColourRow(y) + static_cast<std::ptrdiff_t>(firstColumn - clipMinX) * 4;
+        s.depth = DepthRow(y) + (firstColumn - clipMinX);
     }
 };
 

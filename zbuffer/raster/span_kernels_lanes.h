@@ -161,13 +161,13 @@ LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, std::int3
     depth = ((Vi)z & write) | (depth & ~write);
 }
 
-// Depths of the first kLanes columns, and their remainders. Column k carries
-// floor((remainder + k * step remainder) / width), at most kLanes either way: the float
+// Depths of the first kLanes columns, and their remainders; `inverseWidth` is 1 / s.width. Column k
+// carries floor((remainder + k * step remainder) / width), at most kLanes either way: the float
 // quotient is within one of it, and one correction each way makes it exact.
-LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
+LANES_FN void FirstDepths(const SpanRun& s, float inverseWidth, Vu& z, Vi& remainders) {
     const Vi k = (Vi)LaneNumbers();
     const Vi t = s.zRemainder + k * s.zStepRemainder;
-    const float inverse = 1.0f / static_cast<float>(s.width);
+    const float inverse = inverseWidth;
     Vi carry = __builtin_convertvector(__builtin_convertvector(t, Vf) * inverse, Vi);
     Vi r = t - carry * s.width;
     const Vi under = r < 0, over = r >= s.width;
@@ -179,12 +179,13 @@ LANES_FN void FirstDepths(const SpanRun& s, Vu& z, Vi& remainders) {
 }
 
 template <FillMode M>
-[[gnu::always_inline]] LANES_FN void LanePixels(const PolygonConstants& pc, const SpanRun& s) {
+[[gnu::always_inline]] LANES_FN void LanePixels(const PolygonConstants& pc, const SpanRun& s,
+                                                float inverseWidth) {
     // Lane k starts k columns on; each block of lanes then steps kLanes columns at once, the
     // depth by the quotient and remainder of kLanes times its difference.
     Vu z;
     Vi zr;
-    FirstDepths(s, z, zr);
+    FirstDepths(s, inverseWidth, z, zr);
     const Vu lanes = LaneNumbers();
     const Vi always = Vi{} - (pc.depthAlwaysPasses ? 1 : 0);
 
@@ -256,7 +257,7 @@ template <FillMode M>
 
 template <FillMode M>
 TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
-    LanePixels<M>(pc, s);
+    LanePixels<M>(pc, s, 1.0f / static_cast<float>(s.width));
 }
 
 } // namespace
