@@ -161,14 +161,14 @@ LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, std::int3
     depth = ((Vi)z & write) | (depth & ~write);
 }
 
-// Depths of the first kLanes columns, and their remainders; `inverseWidth` is 1 / s.width. Column k
-// carries floor((remainder + k * step remainder) / width), at most kLanes either way: the float
+// Depths of the first kLanes columns, and their remainders; `inverseWidth` is 1 / s.width, which
+// callers with many spans divide for in lanes. Column k carries
+// floor((remainder + k * step remainder) / width), at most kLanes either way: the float
 // quotient is within one of it, and one correction each way makes it exact.
 LANES_FN void FirstDepths(const SpanRun& s, float inverseWidth, Vu& z, Vi& remainders) {
     const Vi k = (Vi)LaneNumbers();
     const Vi t = s.zRemainder + k * s.zStepRemainder;
-    const float inverse = inverseWidth;
-    Vi carry = __builtin_convertvector(__builtin_convertvector(t, Vf) * inverse, Vi);
+    Vi carry = __builtin_convertvector(__builtin_convertvector(t, Vf) * inverseWidth, Vi);
     Vi r = t - carry * s.width;
     const Vi under = r < 0, over = r >= s.width;
     carry += under - over;
