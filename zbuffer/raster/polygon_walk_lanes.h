@@ -114,7 +114,7 @@ template <FillMode M>
     s.uStep = static_cast<std::int32_t>(steps[4]);
     s.vStep = static_cast<std::int32_t>(steps[5]);
     target.Place(s, y, firstColumn);
-    LanePixels<M>(pc, s, 1.0f / static_cast<float>(s.width));
+    LanePixels<M>(pc, s);
 }
 
 typedef double Vdl __attribute__((vector_size(8 * kLanes)));
@@ -306,7 +306,6 @@ LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
         const Vi spanCount = Pick(drawn, lastColumn - firstColumn + 1, Vi{});
 
         const Vf inverseWidth = 1.0f / __builtin_convertvector(width, Vf);
-        const Vi columnOffset = firstColumn - target.clipMinX;
         std::uint8_t* colourRow = target.ColourRow(y0);
         std::int32_t* depthRow = target.DepthRow(y0);
 
@@ -338,8 +337,7 @@ LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
             }
             // Columns left of the frame are stepped over, not written: no subpixel prestep.
             if (firstColumn[k] > left[k]) SkipColumns<M>(s, firstColumn[k] - left[k]);
-            s.colour = colourRow + static_cast<std::ptrdiff_t>(columnOffset[k]) * 4;
-            s.depth = depthRow + columnOffset[k];
+            target.Place(s, colourRow, depthRow, firstColumn[k]);
             LanePixels<M>(pc, s, inverseWidth[k]);
         }
     }

@@ -113,10 +113,15 @@ struct SpanTarget {
         return depthBase + static_cast<std::ptrdiff_t>(y - clipMinY) * depthPitch;
     }
 
-    // Points `s` at column `firstColumn` of scanline y.
+    // Points `s` at column `firstColumn` of the rows ColourRow and DepthRow give for a scanline.
+    void Place(SpanRun& s, std::uint8_t* colourRow, std::int32_t* depthRow,
+               std::int32_t firstColumn) const {
+        s.colour = colourRow + static_cast<std::ptrdiff_t>(firstColumn - clipMinX) * 4;
+        s.depth = depthRow + (firstColumn - clipMinX);
+    }
+    // The same for scanline y.
     void Place(SpanRun& s, std::int32_t y, std::int32_t firstColumn) const {
-        s.colour = ColourRow(y) + static_cast<std::ptrdiff_t>(firstColumn - clipMinX) * 4;
-        s.depth = DepthRow(y) + (firstColumn - clipMinX);
+        Place(s, ColourRow(y), DepthRow(y), firstColumn);
     }
 };
 

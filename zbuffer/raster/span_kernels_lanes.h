@@ -255,9 +255,15 @@ template <FillMode M>
     }
 }
 
+// A span by itself, which divides for its own inverse width.
+template <FillMode M>
+[[gnu::always_inline]] LANES_FN void LanePixels(const PolygonConstants& pc, const SpanRun& s) {
+    LanePixels<M>(pc, s, 1.0f / static_cast<float>(s.width));
+}
+
 template <FillMode M>
 TESSERA_LANE_TARGET void LaneSpan(const PolygonConstants& pc, const SpanRun& s) {
-    LanePixels<M>(pc, s, 1.0f / static_cast<float>(s.width));
+    LanePixels<M>(pc, s);
 }
 
 } // namespace
