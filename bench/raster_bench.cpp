@@ -138,11 +138,22 @@ void FillRate(benchmark::State& state, FillMode mode, bool depthAlwaysPasses) {
     });
 }
 
-// One frame of 200,000 small Gouraud triangles through the untextured dispatch.
+// One frame of 200,000 small Gouraud triangles through the untextured dispatch, in one batch.
 void SmallTriangles(benchmark::State& state) {
     Frame frame;
-    DrawFrames(state, frame, SmallSet(),
-               [](RasterContext& rc) { DrawUntexturedPolygon(rc, 3, 0); });
+    const workload::RandomSet& set = SmallSet();
+    const std::vector<ScreenVertex> pristine = ToScreen(set);
+    std::vector<ScreenVertex> vertices = pristine;
+    std::vector<ScreenVertex*> corners;
+    for (ScreenVertex& v : vertices) corners.push_back(&v);
+    for (auto _ : state) {
+        frame.Clear();
+        DrawUntexturedTriangles(frame.rc, corners.data(), static_cast<int>(corners.size() / 3));
+        benchmark::DoNotOptimize(frame.colour.data());
+    }
+    if (std::memcmp(pristine.data(), vertices.data(), vertices.size() * sizeof(ScreenVertex)))
+        state.SkipWithError("the rasterizer changed the vertices it was given");
+    PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
 }
 
 // Depth-tested lines along every edge of a triangle set, in the vertex colour.
@@ -185,16 +196,17 @@ void MeshFrame(benchmark::State& state, bool cull) {
     // Untextured drawing at single resolution leaves the vertices as they are, so the corners
     // are pointed to where they lie, as the face-group walk does; checked after the frames.
     const std::vector<ScreenVertex> pristine = projected;
-    ScreenVertex* list[3];
+    std::vector<ScreenVertex*> corners(mesh.indices.size());
     for (auto _ : state) {
         std::memset(colour.data(), 0, colour.size());
         ClearDepthEntries(depth.data(), depth.size());
+        std::size_t kept = 0;
         for (std::size_t i = 0; i < mesh.indices.size(); i += 3) {
+            ScreenVertex** list = &corners[kept];
             for (int k = 0; k < 3; ++k) list[k] = &projected[mesh.indices[i + k]];
-            if (cull && !PassesBackFaceTest(list, 3)) continue;
-            rc.vertexList = list;
-            DrawUntexturedPolygon(rc, 3, 0);
+            if (!cull || PassesBackFaceTest(list, 3)) kept += 3;
         }
+        DrawUntexturedTriangles(rc, corners.data(), static_cast<int>(kept / 3));
         benchmark::DoNotOptimize(colour.data());
     }
     if (std::memcmp(pristine.data(), projected.data(), projected.size() * sizeof(ScreenVertex)))

@@ -3,6 +3,7 @@
 // leave the same colour and depth bytes.
 #include "filler_oracle.h"
 #include "raster_frame.h"
+#include "zbuffer/raster/polygon_dispatch.h"
 #include "zbuffer/raster/texture_binding.h"
 
 #include <gtest/gtest.h>
@@ -251,6 +252,77 @@ INSTANTIATE_TEST_SUITE_P(EveryModeAndPath, FillerOracle,
                          [](const auto& info) {
                              return std::string(kFillModeNames[std::get<0>(info.param)]) + "_" +
                                     kSimdPathNames[static_cast<int>(std::get<1>(info.param))];
+                         });
+
+class TriangleBatch : public ::testing::TestWithParam<SimdPath> {};
+
+// Batches mix triangles of one scanline and of none, triangles beside the frame, short ones that
+// are set up together and tall ones drawn on their own between them, overlapping in depth.
+TEST_P(TriangleBatch, BatchDrawsWhatTheDispatchDrawsTriangleByTriangle) {
+    const SimdPath path = GetParam();
+    if (!SimdPathSupported(path)) GTEST_SKIP() << "the processor lacks this path";
+    Rng rng(4711);
+    for (int frame = 0; frame < 400; ++frame) {
+        const int width = Between(rng, 1, 64), height = Between(rng, 1, 64);
+        RasterFrame batch(width, height), single(width, height);
+        batch.rc.simdPath = single.rc.simdPath = path;
+        const std::int32_t depthScale = std::array{64, 1 << 20, 1 << 30}[Between(rng, 0, 2)];
+        for (int i = 0; i < width * height; ++i) {
+            const auto pixel = std::bit_cast<Bgra>(static_cast<std::uint32_t>(rng()));
+            const std::int32_t depth =
+                Between(rng, 0, 7) == 0 ? kDepthEmpty : Between(rng, -depthScale, depthScale);
+            for (RasterFrame* f : {&batch, &single}) {
+                f->Set(i % width, i / width, pixel);
+                f->rc.depthBase[i] = depth;
+            }
+        }
+        const std::int32_t depthBias = Between(rng, -4, 4) * 1024;
+        const bool doubled = Between(rng, 0, 9) == 0, alwaysPasses = Between(rng, 0, 9) == 0;
+        const RgbBytes flat{Channel(rng), Channel(rng), Channel(rng)};
+        for (RasterFrame* f : {&batch, &single}) {
+            f->rc.depthBias = depthBias;
+            f->rc.doubleResolution = doubled;
+            f->rc.depthAlwaysPasses = alwaysPasses;
+            f->rc.flatColour = flat;
+        }
+
+        std::vector<ScreenVertex> vertices;
+        const int count = Between(rng, 1, 40);
+        while (static_cast<int>(vertices.size()) < 3 * count) {
+            // Small ones mostly: they are what goes into groups.
+            const std::vector<ScreenVertex> p = RandomPolygon(rng, width, height, depthScale);
+            if (p.size() == 3) vertices.insert(vertices.end(), p.begin(), p.end());
+        }
+        std::vector<ScreenVertex> forBatch = vertices, forSingle = vertices;
+        std::vector<ScreenVertex*> corners;
+        for (ScreenVertex& v : forBatch) corners.push_back(&v);
+        const RasterFrame before = single;
+        DrawUntexturedTriangles(batch.rc, corners.data(), count);
+        for (int i = 0; i < count; ++i) {
+            ScreenVertex* list[3] = {&forSingle[3 * i], &forSingle[3 * i + 1],
+                                     &forSingle[3 * i + 2]};
+            single.rc.vertexList = list;
+            single.rc.flatColour = flat;
+            DrawUntexturedPolygon(single.rc, 3, 0);
+        }
+        const std::string where = "frame " + std::to_string(frame) + " (" + std::to_string(width) +
+                                  "x" + std::to_string(height) + "), " + std::to_string(count) +
+                                  " triangles";
+        ASSERT_EQ(FirstDifference(batch, single, before, width, height), "") << where;
+        ASSERT_EQ(
+            std::memcmp(forBatch.data(), forSingle.data(), forBatch.size() * sizeof(ScreenVertex)),
+            0)
+            << "vertices left differently, " << where;
+        const RgbBytes left = batch.rc.flatColour;
+        EXPECT_TRUE(left.red == flat.red && left.green == flat.green && left.blue == flat.blue)
+            << "flat colour changed, " << where;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPath, TriangleBatch,
+                         ::testing::Values(SimdPath::Scalar, SimdPath::Sse2, SimdPath::Avx2),
+                         [](const auto& info) {
+                             return std::string(kSimdPathNames[static_cast<int>(info.param)]);
                          });
 
 } // namespace

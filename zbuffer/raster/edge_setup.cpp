@@ -30,7 +30,11 @@ PolygonReach ReachOf(const RasterContext& rc) {
     // outlines can come to it crossed, with edges used past their ends, and are left to the
     // edge count.
     if (rc.vertexCount != 3) return PolygonReach::Frame;
-    const ScreenVertex &a = *rc.vertexList[0], &b = *rc.vertexList[1], &c = *rc.vertexList[2];
+    return TriangleReach(rc, *rc.vertexList[0], *rc.vertexList[1], *rc.vertexList[2]);
+}
+
+PolygonReach TriangleReach(const RasterContext& rc, const ScreenVertex& a, const ScreenVertex& b,
+                           const ScreenVertex& c) {
     const std::int32_t top = ScanlineOf(Lesser(a.y, Lesser(b.y, c.y)));
     const std::int32_t bottom = ScanlineOf(Greater(a.y, Greater(b.y, c.y)));
     // A closed outline that leaves its scanline comes back: two edges cross, or none.

@@ -90,6 +90,9 @@ enum class PolygonReach {
 // What the polygon can reach, from its corners alone, before any edge is built: a triangle with
 // all corners in one pixel column, or all beside, above or below the frame, gives no pixel.
 PolygonReach ReachOf(const RasterContext& rc);
+// The same for the triangle of three corners.
+PolygonReach TriangleReach(const RasterContext& rc, const ScreenVertex& a, const ScreenVertex& b,
+                           const ScreenVertex& c);
 
 // Fills `edges` (room for vertexCount) with the edges that span at least one scanline, in
 // polygon order. Returns how many. Expects 1 <= vertexCount <= kMaxPolygonVertices.

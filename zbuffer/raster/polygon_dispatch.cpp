@@ -54,6 +54,11 @@ int DrawUntexturedPolygon(RasterContext& rc, int count, std::uint8_t flags) {
     return 1;
 }
 
+void DrawUntexturedTriangles(RasterContext& rc, ScreenVertex* const* corners, int count) {
+    // Stepping a colour that does not change gives the flat filler's pixels.
+    FillGouraudTriangles(rc, corners, count);
+}
+
 int DrawTexturedPolygon(RasterContext& rc, int count, std::uint8_t flags) {
     rc.vertexCount = count;
     if (!DrawableCount(count) || !rc.sampleTexel) return 0;

@@ -20,6 +20,11 @@ FillMode ChooseTexturedMode(const RasterContext& rc, std::uint8_t flags);
 // Draws the `count` vertices of rc.vertexList untextured. Returns 1.
 int DrawUntexturedPolygon(RasterContext& rc, int count, std::uint8_t flags);
 
+// Draws `count` triangles, corners[3 i .. 3 i + 2] the i-th, with the pixels DrawUntexturedPolygon
+// (rc, 3, 0) gives each in turn, faster. A triangle whose corners share a colour is drawn in it
+// without becoming flatColour, which stays as it is.
+void DrawUntexturedTriangles(RasterContext& rc, ScreenVertex* const* corners, int count);
+
 // Derives every vertex's u, v from s, t through the bound material's texture matrix, shifts
 // them toward the origin and draws textured. Without a bound texture nothing is drawn.
 // Returns 0.

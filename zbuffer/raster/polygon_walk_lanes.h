@@ -1,7 +1,7 @@
 // The polygon walk in lanes: a triangle a block of scanlines at a time, one scanline per lane,
 // and other polygons along the scalar walk's edge list with an edge's values in one vector.
-// Included, after the span loops it hands its spans to, by the files that build a lane path;
-// like them, everything here has internal linkage.
+// Included through triangle_batch_lanes.h by the files that build a lane path; like the span
+// loops, everything here has internal linkage.
 #pragma once
 
 #include "zbuffer/raster/span_kernels_lanes.h"
@@ -240,11 +240,11 @@ template <FillMode M> LANES_FN void ValuesAt(Vi y, const RowEdge& e, RowValues& 
 // leaves its scanline.
 template <FillMode M>
 LANES_FN void TriangleRows(const RasterContext& rc, const SpanTarget& target,
-                           const PolygonConstants& pc) {
+                           const PolygonConstants& pc, const ScreenVertex* const* corners) {
     constexpr ModeTraits T = TraitsOf(M);
-    const ScreenVertex* t = rc.vertexList[0];
-    const ScreenVertex* m = rc.vertexList[1];
-    const ScreenVertex* b = rc.vertexList[2];
+    const ScreenVertex* t = corners[0];
+    const ScreenVertex* m = corners[1];
+    const ScreenVertex* b = corners[2];
     if (m->y < t->y) std::swap(t, m);
     if (b->y < m->y) std::swap(m, b);
     if (m->y < t->y) std::swap(t, m);
@@ -351,7 +351,7 @@ template <FillMode M> TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
     const int vertexCount = rc.vertexCount;
     // A triangle that reaches the frame leaves its scanline, so has two edges at least.
     if (vertexCount == 3) {
-        TriangleRows<M>(rc, target, pc);
+        TriangleRows<M>(rc, target, pc, rc.vertexList);
         return 1;
     }
     EdgeRecord edges[kMaxPolygonVertices];
@@ -393,13 +393,5 @@ template <FillMode M> TESSERA_LANE_TARGET int LaneWalk(RasterContext& rc) {
     }
     return 1;
 }
-
-template <std::size_t... I> constexpr SpanKernelSet MakeLaneKernels(std::index_sequence<I...>) {
-    return {{&LaneSpan<static_cast<FillMode>(I)>...}, {&LaneWalk<static_cast<FillMode>(I)>...}};
-}
-
-constexpr SpanKernelSet kLaneKernels = MakeLaneKernels(std::make_index_sequence<kFillModeCount>{});
-
-#undef LANES_FN
 
 } // namespace

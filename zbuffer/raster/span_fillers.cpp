@@ -268,3 +268,20 @@ int FillPolygon(RasterContext& rc, FillMode mode) {
     const auto m = static_cast<std::size_t>(mode);
     return kFillers[m](rc, set);
 }
+
+void FillGouraudTriangles(RasterContext& rc, ScreenVertex* const* corners, int count) {
+    const auto path = static_cast<std::size_t>(rc.simdPath);
+    const SpanKernelSet* set = path < kSimdPathCount ? kKernelSets[path] : nullptr;
+    rc.vertexCount = 3;
+    // Doubling moves the corners, which the groups do not.
+    if (set && !rc.doubleResolution) {
+        set->gouraudTriangles(rc, corners, count);
+        return;
+    }
+    ScreenVertex** const list = rc.vertexList;
+    for (int i = 0; i < count; ++i) {
+        rc.vertexList = const_cast<ScreenVertex**>(corners + 3 * static_cast<std::ptrdiff_t>(i));
+        FillPolygon(rc, FillMode::Gouraud);
+    }
+    rc.vertexList = list;
+}

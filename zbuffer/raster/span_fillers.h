@@ -35,3 +35,10 @@ inline constexpr const char* kFillModeNames[kFillModeCount] = {"Flat",
 // nothing because the polygon has 0 or more than 8 vertices or fewer than two edges that
 // cross a scanline, else 1. Textured modes need a bound texture.
 int FillPolygon(RasterContext& rc, FillMode mode);
+
+struct ScreenVertex;
+
+// Fills `count` triangles in Gouraud mode, corners[3 i], corners[3 i + 1] and corners[3 i + 2]
+// the i-th, with the pixels FillPolygon gives them one after another; the lane paths set up and
+// step short triangles several at a time.
+void FillGouraudTriangles(RasterContext& rc, ScreenVertex* const* corners, int count);

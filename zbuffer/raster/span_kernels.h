@@ -128,10 +128,13 @@ struct SpanTarget {
 using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
 // Draws the polygon of rc.vertexList, which reaches the frame; returns what FillPolygon does.
 using PolygonWalk = int (*)(RasterContext& rc);
+// Draws `count` triangles, corners[3 i .. 3 i + 2] the i-th, in turn; what FillTriangles does.
+using TriangleBatch = void (*)(RasterContext& rc, ScreenVertex* const* corners, int count);
 
 struct SpanKernelSet {
     SpanKernel fill[kFillModeCount]; // one span by itself, indexed by FillMode; walks inline it
     PolygonWalk walk[kFillModeCount];
+    TriangleBatch gouraudTriangles;
 };
 
 inline PolygonConstants ConstantsOf(const RasterContext& rc) {

@@ -1,5 +1,5 @@
-// Span loops and polygon walks in 8 lanes of AVX2. Only the functions here carry the AVX2 target,
-// and only once the processor check has passed are they called.
+// Span loops, polygon walks and triangle batches in 8 lanes of AVX2. Only the functions here carry
+// the AVX2 target, and only once the processor check has passed are they called.
 #include "zbuffer/raster/span_kernels.h"
 
 #if defined(__x86_64__) || defined(__i386__)
@@ -10,7 +10,7 @@
 #define TESSERA_LANE_BITS(mask) _mm256_movemask_ps((__m256)(mask))
 #define TESSERA_LANE_GATHER(base, index)                                                           \
     ((Vi)_mm256_i32gather_epi32(reinterpret_cast<const int*>(base), (__m256i)(index), 4))
-#include "zbuffer/raster/polygon_walk_lanes.h"
+#include "zbuffer/raster/triangle_batch_lanes.h"
 
 const SpanKernelSet* Avx2SpanKernels() {
     return &kLaneKernels;

@@ -1,4 +1,5 @@
-// Span loops and polygon walks in 4 lanes of SSE2, which every x86-64 processor has.
+// Span loops, polygon walks and triangle batches in 4 lanes of SSE2, which every x86-64 processor
+// has.
 #include "zbuffer/raster/span_kernels.h"
 
 #if defined(__SSE2__)
@@ -7,7 +8,7 @@
 #define TESSERA_LANES 4
 #define TESSERA_LANE_TARGET
 #define TESSERA_LANE_BITS(mask) _mm_movemask_ps((__m128)(mask))
-#include "zbuffer/raster/polygon_walk_lanes.h"
+#include "zbuffer/raster/triangle_batch_lanes.h"
 
 const SpanKernelSet* Sse2SpanKernels() {
     return &kLaneKernels;

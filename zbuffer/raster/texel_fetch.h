@@ -30,8 +30,7 @@ inline std::int32_t TexelIndexOf(std::int32_t position) {
 // The texel at a 20.12 position, row 0 at the top of the image, as 0xAARRGGBB.
 inline std::uint32_t FetchTexel(const TexelGrid& g, std::int32_t u, std::int32_t v) {
     const std::int32_t x = WrapTexelIndex(TexelIndexOf(u), g.width, g.inverseWidth, g.widthMask);
-    const std::int32_t y =
-        WrapTexelIndex(TexelIndexOf(v), g.height, g.inverseHeight, g.heightMask);
+    const std::int32_t y = WrapTexelIndex(TexelIndexOf(v), g.height, g.inverseHeight, g.heightMask);
     std::uint32_t texel;
     std::memcpy(&texel, g.top + static_cast<std::ptrdiff_t>(y) * g.pitch + x, sizeof texel);
     return texel;
