@@ -70,6 +70,8 @@ public:
 
     // False when the walk has to stop at this face.
     bool DrawFace(std::uint32_t f);
+    // Draws the triangles that still wait.
+    void Finish() { queue_.Flush(target_.rc); }
 
 private:
     const q5_MATERIAL* MaterialOf(const q5_MESHFACE& face) const;
@@ -95,6 +97,7 @@ private:
     ScreenVertex* cornerList_[3];
     std::uint32_t vertexIndex_[3] = {};
     int listIndex_[3] = {}; // entry of the face's per-corner lists that corner k uses
+    TriangleQueue queue_;   // untextured triangles; drawn before anything else is
 };
 
 const q5_MATERIAL* FaceWalk::MaterialOf(const q5_MESHFACE& face) const {
@@ -240,6 +243,7 @@ bool FaceWalk::DrawFace(std::uint32_t f) {
     }
 
     if (material->flags & q5_MATERIAL::kDrawEdges) {
+        queue_.Flush(target_.rc);
         DrawTriangleEdges(target_, cornerList_, face.flags, lit ? nullptr : &faceColour);
         return true;
     }
@@ -252,12 +256,13 @@ bool FaceWalk::DrawFace(std::uint32_t f) {
     const bool textured = (run_.flags & q5_FACERUN::kTexturedAllowed) &&
                           source_ != TextureSource::None && rc.sampleTexel != nullptr;
     if (textured) {
+        queue_.Flush(rc);
         if (source_ == TextureSource::Reflection) SetSphereMap(f);
         if (!lit) rc.flatColour = source_ == TextureSource::Diffuse ? faceColour : sourceColour_;
         DrawTexturedTriangle(target_, cornerList_, flags, state_.refine);
     } else {
         if (!lit) rc.flatColour = faceColour;
-        DrawUntexturedTriangle(target_, cornerList_, flags);
+        DrawUntexturedTriangle(target_, cornerList_, flags, &queue_);
     }
     return true;
 }
@@ -273,5 +278,6 @@ std::int32_t DrawFaceRun(FaceTarget& target, q5_MESH& mesh, const q5_FACERUN& ru
         if (mesh.faces == nullptr || f >= mesh.faceCount) break;
         if (!walk.DrawFace(static_cast<std::uint32_t>(f))) break;
     }
+    walk.Finish();
     return f == end ? 1 : -1;
 }

@@ -143,8 +143,8 @@ bool IZB::PresentRect(q5_HDC dc, const q5_URECT* rect) {
     // The rectangle is not used from here on: the whole frame goes to the top-left corner.
     q5_BITMAPINFOHEADER header = PresentHeader(s.W, s.H, colourSize);
     if (module_.drawDib != nullptr && module_.drawDibDraw != nullptr) {
-        module_.drawDibDraw(module_.drawDib, dc, 0, 0, s.W, s.H, &header, s.colourBits, 0, 0,
-                            s.W, s.H, kDrawDibNotKeyFrame);
+        module_.drawDibDraw(module_.drawDib, dc, 0, 0, s.W, s.H, &header, s.colourBits, 0, 0, s.W,
+                            s.H, kDrawDibNotKeyFrame);
     } else {
         q5plat::SetDibToDevice(dc, 0, 0, static_cast<std::uint32_t>(s.W),
                                static_cast<std::uint32_t>(s.H), 0, 0, 0,

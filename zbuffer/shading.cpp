@@ -1,8 +1,8 @@
 // Colour conversion, tint and sphere mapping.
 #include "zbuffer/shading.h"
 
-#include "interface/screen_vertex.h"
 #include "core/services/portable_math.h"
+#include "interface/screen_vertex.h"
 
 #include <algorithm>
 #include <cmath>

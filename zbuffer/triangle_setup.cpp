@@ -73,6 +73,18 @@ bool Culled(const ProjectedPolygon& p, std::uint8_t flags) {
     return !(flags & kPolygonTwoSided) && !PassesBackFaceTest(p.list, p.count);
 }
 
+// The queue draws opaque triangles in their corners' colours, which a flat one must have.
+bool Queueable(const RasterContext& rc, const ProjectedPolygon& p, std::uint8_t flags) {
+    if (p.count != 3 || (flags & kPolygonBlended)) return false;
+    if (!(flags & kPolygonFlat)) return true;
+    const RgbBytes c = rc.flatColour;
+    for (int i = 0; i < 3; ++i) {
+        const ScreenVertex& v = *p.list[i];
+        if (v.red != c.red || v.green != c.green || v.blue != c.blue) return false;
+    }
+    return true;
+}
+
 using DispatchFn = int (*)(RasterContext&, int, std::uint8_t);
 
 // The rasterizer takes at most 8 vertices, but a triangle cut by many planes can have more;
@@ -114,11 +126,16 @@ Facing FacingTest(FaceTarget& target, ScreenVertex* const corners[3]) {
     return PassesBackFaceTest(p.list, p.count) ? Facing::Front : Facing::Back;
 }
 
-void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3],
-                            std::uint8_t flags) {
+void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t flags,
+                            TriangleQueue* queue) {
     ProjectedPolygon p;
     ClipAndProject(target.view, corners, false, p, false);
     if (p.count == 0 || Culled(p, flags)) return;
+    if (queue && Queueable(target.rc, p, flags)) {
+        queue->Add(target.rc, p.list);
+        return;
+    }
+    if (queue) queue->Flush(target.rc);
     HandOver(target.rc, p, flags, &DrawUntexturedPolygon);
 }
 

@@ -4,6 +4,7 @@
 
 #include "zbuffer/raster/raster_context.h"
 #include "zbuffer/raster/screen_point.h"
+#include "zbuffer/triangle_queue.h"
 
 #include <bit>
 #include <cstdint>
@@ -43,8 +44,10 @@ enum class Facing : int { Outside = -1, Back = 0, Front = 1 };
 Facing FacingTest(FaceTarget& target, ScreenVertex* const corners[3]);
 
 // Clips or projects the corners (in place when no clipping is needed), culls a back face unless
-// `flags` has kPolygonTwoSided, and draws through the untextured dispatch.
-void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t flags);
+// `flags` has kPolygonTwoSided, and draws through the untextured dispatch. With a queue, an
+// opaque triangle the clipper left whole waits in it; anything else has the queue drawn first.
+void DrawUntexturedTriangle(FaceTarget& target, ScreenVertex* const corners[3], std::uint8_t flags,
+                            TriangleQueue* queue = nullptr);
 
 // The same through the textured dispatch. With `refine` the projected polygon is drawn as a fan
 // of triangles, each subdivided while its edges are long.

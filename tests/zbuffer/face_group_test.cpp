@@ -159,6 +159,47 @@ TEST_F(FaceGroup, OutlinesDrawOnlyTheFlaggedEdgesAndNoFill) {
     EXPECT_EQ(Pixel(2, 0).r, 75) << "mean of 50 and 100";
 }
 
+// Untextured triangles wait to be drawn together; on equal depths the later face still wins,
+// whether it is clipped, outlined or textured.
+TEST_F(FaceGroup, LaterFacesDrawOverEarlierOnesWhicheverWayTheyGo) {
+    view.clipLeft = 9.0f;
+    q5_MATERIAL outlined, textured;
+    outlined.flags = q5_MATERIAL::kDrawEdges;
+    textured.textures[kSlotDiffuse] = &white;
+    q5_MATERIAL* table[3] = {&material, &outlined, &textured};
+    mesh.materials = table;
+    mesh.materialCount = 3;
+    // Each later face covers pixel (9, 0); what is left of the clipped one is the quad (9,0)
+    // (9,5) (12,8) (12,0), which does not go through the queue.
+    const Triangle first = {{{9, 0, 0}, {9, 3, 0}, {12, 0, 0}}};
+    const struct {
+        const char* what;
+        Triangle corners;
+        std::uint32_t material;
+    } kLater[] = {{"clipped", {{{4, 0, 2}, {12, 8, 0}, {12, 0, 0}}}, 0},
+                  {"outlined", first, 1},
+                  {"textured", first, 2}};
+    for (const auto& later : kLater) {
+        mesh.faceCount = mesh.vertexCount = 0;
+        Add(later.corners, 0b001);
+        faces[0].material = later.material;
+        faceColours[0] = {{}, 3, 2, 1};
+        Clear();
+        Draw(kTextured);
+        const Bgra alone = Pixel(9, 0);
+        ASSERT_NE(alone, kFaceColour) << later.what;
+
+        mesh.faceCount = mesh.vertexCount = 0;
+        Add(first);
+        Add(later.corners, 0b001);
+        faces[1].material = later.material;
+        faceColours[1] = {{}, 3, 2, 1};
+        Clear();
+        Draw(kTextured);
+        EXPECT_EQ(Pixel(9, 0), alone) << later.what;
+    }
+}
+
 TEST_F(FaceGroup, WalkReportsWhetherItReachedTheEndOfTheRun) {
     Add(kFront);
     Add({{{8, 8, 0}, {8, 12, 0}, {12, 8, 0}}});
