@@ -95,6 +95,31 @@ struct GroupRow {
     Vf inverseWidth;
 };
 
+// Asks for the memory of column x of scanline y in the first n lanes. Nothing is read, so lanes
+// past a triangle's scanlines need no branch around them, and offsets that wrap do no harm.
+LANES_FN void Prefetch(const SpanTarget& target, Vi y, Vi x, int n) {
+    const Vi column = x - target.clipMinX;
+    const Vi colour =
+        (Vi)((Vu)(target.colourTopRow - y) * static_cast<std::uint32_t>(target.colourPitch) +
+             ((Vu)column << 2));
+    const Vi depth =
+        (Vi)(((Vu)(y - target.clipMinY) * static_cast<std::uint32_t>(target.depthPitch) +
+              (Vu)column)
+             << 2);
+    const auto colourBase = reinterpret_cast<std::uintptr_t>(target.colourBase);
+    const auto depthBase = reinterpret_cast<std::uintptr_t>(target.depthBase);
+    for (int k = 0; k < n; ++k) {
+        __builtin_prefetch(
+            reinterpret_cast<const void*>(
+                colourBase + static_cast<std::uintptr_t>(static_cast<std::intptr_t>(colour[k]))),
+            1);
+        __builtin_prefetch(
+            reinterpret_cast<const void*>(
+                depthBase + static_cast<std::uintptr_t>(static_cast<std::intptr_t>(depth[k]))),
+            1);
+    }
+}
+
 // The spans of a group of triangles, ready to draw.
 struct GroupSpans {
     GroupRow rows[kGroupRows];
@@ -110,11 +135,16 @@ LANES_FN void SetUpGroup(const RasterContext& rc, const SpanTarget& target,
                          const ScreenVertex* const* const* group, int n, GroupSpans& out) {
     constexpr ModeTraits T = TraitsOf(M);
     static_assert(!T.textured, "texture positions are not set up in groups");
+    // Lanes past the group repeat its first triangle, drawing nothing.
+    const ScreenVertex* const* lanes[kLanes];
+#pragma GCC unroll 8
+    for (int k = 0; k < kLanes; ++k) lanes[k] = group[k < n ? k : 0];
     LaneCorner corner[3];
+#pragma GCC unroll 3
     for (int i = 0; i < 3; ++i)
+#pragma GCC unroll 8
         for (int k = 0; k < kLanes; ++k) {
-            // Lanes past the group repeat its first triangle, drawing nothing.
-            const ScreenVertex& v = *group[k < n ? k : 0][i];
+            const ScreenVertex& v = *lanes[k][i];
             corner[i].x[k] = v.x;
             corner[i].y[k] = v.y;
             corner[i].z[k] = v.z;
@@ -174,12 +204,7 @@ LANES_FN void SetUpGroup(const RasterContext& rc, const SpanTarget& target,
         row.firstColumn = firstColumn;
         row.left = left;
         row.inverseWidth = 1.0f / __builtin_convertvector(row.width, Vf);
-        for (int k = 0; k < n; ++k) {
-            if (row.count[k] == 0) continue;
-            const std::int32_t y = y0[k] + r, x = firstColumn[k] - target.clipMinX;
-            __builtin_prefetch(target.ColourRow(y) + 4 * x, 1);
-            __builtin_prefetch(target.DepthRow(y) + x, 1);
-        }
+        Prefetch(target, y0 + r, firstColumn, n);
         NextScanline<M>(longEdge);
         NextScanline<M>(upper);
         NextScanline<M>(lower);
