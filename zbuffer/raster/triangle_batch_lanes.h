@@ -211,7 +211,9 @@ LANES_FN void SetUpGroup(const RasterContext& rc, const SpanTarget& target,
     }
 }
 
-// Draws what SetUpGroup worked out, triangle after triangle.
+// Draws what SetUpGroup worked out, triangle after triangle. The spans are worked out and handed
+// over as TriangleRows does it, written again: through shared functions the groups drew 5 to
+// 10 % slower for the same instructions.
 template <FillMode M>
 LANES_FN void DrawGroup(const SpanTarget& target, const PolygonConstants& pc,
                         const GroupSpans& group) {
