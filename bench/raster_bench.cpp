@@ -98,6 +98,13 @@ const workload::RandomSet& SmallSet() {
     return set;
 }
 
+// Frames that hand the rasterizer vertices it must leave alone check them afterwards.
+void FailIfChanged(benchmark::State& state, const std::vector<ScreenVertex>& pristine,
+                   const std::vector<ScreenVertex>& drawn) {
+    if (std::memcmp(pristine.data(), drawn.data(), drawn.size() * sizeof(ScreenVertex)))
+        state.SkipWithError("the rasterizer changed the vertices it was given");
+}
+
 // Whole frames of a triangle set: clear, then `draw` with each triangle in the vertex list.
 // The rasterizer steps vertices in place, so each frame starts from fresh copies.
 template <typename Draw>
@@ -151,8 +158,7 @@ void SmallTriangles(benchmark::State& state) {
         DrawUntexturedTriangles(frame.rc, corners.data(), static_cast<int>(corners.size() / 3));
         benchmark::DoNotOptimize(frame.colour.data());
     }
-    if (std::memcmp(pristine.data(), vertices.data(), vertices.size() * sizeof(ScreenVertex)))
-        state.SkipWithError("the rasterizer changed the vertices it was given");
+    FailIfChanged(state, pristine, vertices);
     PerFrameCounters(state, set.coveredPixels, static_cast<double>(set.triangles.size()));
 }
 
@@ -209,8 +215,7 @@ void MeshFrame(benchmark::State& state, bool cull) {
         DrawUntexturedTriangles(rc, corners.data(), static_cast<int>(kept / 3));
         benchmark::DoNotOptimize(colour.data());
     }
-    if (std::memcmp(pristine.data(), projected.data(), projected.size() * sizeof(ScreenVertex)))
-        state.SkipWithError("the rasterizer changed the vertices it was given");
+    FailIfChanged(state, pristine, projected);
     PerFrameCounters(state, mesh.coveredPixels, static_cast<double>(mesh.indices.size() / 3));
     state.counters["written%"] =
         100.0 *

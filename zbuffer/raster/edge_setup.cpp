@@ -30,13 +30,15 @@ PolygonReach ReachOf(const RasterContext& rc) {
     // outlines can come to it crossed, with edges used past their ends, and are left to the
     // edge count.
     if (rc.vertexCount != 3) return PolygonReach::Frame;
-    return TriangleReach(rc, *rc.vertexList[0], *rc.vertexList[1], *rc.vertexList[2]);
+    ScanlineRange rows;
+    return TriangleReach(rc, *rc.vertexList[0], *rc.vertexList[1], *rc.vertexList[2], rows);
 }
 
 PolygonReach TriangleReach(const RasterContext& rc, const ScreenVertex& a, const ScreenVertex& b,
-                           const ScreenVertex& c) {
+                           const ScreenVertex& c, ScanlineRange& rows) {
     const std::int32_t top = ScanlineOf(Lesser(a.y, Lesser(b.y, c.y)));
     const std::int32_t bottom = ScanlineOf(Greater(a.y, Greater(b.y, c.y)));
+    rows = {top, bottom};
     // A closed outline that leaves its scanline comes back: two edges cross, or none.
     if (top == bottom) return PolygonReach::NoScanline;
     if (bottom < 0 || top > rc.clipMaxY) return PolygonReach::NoPixel;

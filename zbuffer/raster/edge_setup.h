@@ -90,9 +90,14 @@ enum class PolygonReach {
 // What the polygon can reach, from its corners alone, before any edge is built: a triangle with
 // all corners in one pixel column, or all beside, above or below the frame, gives no pixel.
 PolygonReach ReachOf(const RasterContext& rc);
-// The same for the triangle of three corners.
+// The scanlines of a polygon's highest and lowest corners.
+struct ScanlineRange {
+    std::int32_t top, bottom;
+};
+
+// The same for the triangle of three corners; its scanlines come out in `rows` as well.
 PolygonReach TriangleReach(const RasterContext& rc, const ScreenVertex& a, const ScreenVertex& b,
-                           const ScreenVertex& c);
+                           const ScreenVertex& c, ScanlineRange& rows);
 
 // Fills `edges` (room for vertexCount) with the edges that span at least one scanline, in
 // polygon order. Returns how many. Expects 1 <= vertexCount <= kMaxPolygonVertices.

@@ -271,10 +271,9 @@ TESSERA_LANE_TARGET void LaneTriangles(RasterContext& rc, ScreenVertex* const* c
     };
     for (int i = 0; i < count; ++i) {
         const ScreenVertex* const* v = corners + 3 * static_cast<std::ptrdiff_t>(i);
-        if (TriangleReach(rc, *v[0], *v[1], *v[2]) != PolygonReach::Frame) continue;
-        const std::int32_t top = ScanlineOf(std::min({v[0]->y, v[1]->y, v[2]->y}));
-        const std::int32_t bottom = ScanlineOf(std::max({v[0]->y, v[1]->y, v[2]->y}));
-        if (std::min(bottom, target.clipMaxY) - std::max(top, 0) >= kGroupRows) {
+        ScanlineRange rows;
+        if (TriangleReach(rc, *v[0], *v[1], *v[2], rows) != PolygonReach::Frame) continue;
+        if (std::min(rows.bottom, target.clipMaxY) - std::max(rows.top, 0) >= kGroupRows) {
             // Drawn in its place: what waits goes first.
             drawWaiting();
             TriangleRows<M>(rc, target, pc, v);
