@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -11,6 +12,7 @@
 #include <numeric>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -71,9 +73,17 @@ Outcome Render(const std::string& args, const std::string& shellPrefix = "") {
     Outcome r{-1, "", out};
 #if defined(_WIN32)
     // The command interpreter drops the outermost quotes of the line, hence the extra pair;
-    // its exit code is the program's.
+    // its exit code is the program's. Under Wine, on a busy machine, the interpreter now and
+    // then fails to start a program it found a moment before and answers 9009 ("can't
+    // recognize"): the program never ran, so it is started again.
     (void)shellPrefix;
-    r.exit = std::system(("\"\"" + RenderProgram() + "\" " + args + redirect + "\"").c_str());
+    const std::string line = "\"\"" + RenderProgram() + "\" " + args + redirect + "\"";
+    constexpr int kCannotStart = 9009;
+    for (int attempt = 0; attempt < 4; ++attempt) {
+        if (attempt > 0) std::this_thread::sleep_for(std::chrono::milliseconds(250 * attempt));
+        r.exit = std::system(line.c_str());
+        if (r.exit != kCannotStart) break;
+    }
 #else
     const fs::path code = OwnFile("exit" + run);
     const std::string command =
