@@ -97,7 +97,9 @@ struct GroupRow {
 
 // Asks for the memory of column x of scanline y in the first n lanes. Nothing is read, so lanes
 // past a triangle's scanlines need no branch around them, and offsets that wrap do no harm.
-LANES_FN void Prefetch(const SpanTarget& target, Vi y, Vi x, int n) {
+// Inlined early: as a function of its own the compiler finds it has no effect and drops every
+// call to it, which it did unnoticed until the object code was read.
+[[gnu::always_inline]] LANES_FN void Prefetch(const SpanTarget& target, Vi y, Vi x, int n) {
     const Vi column = x - target.clipMinX;
     const Vi colour =
         (Vi)((Vu)(target.colourTopRow - y) * static_cast<std::uint32_t>(target.colourPitch) +
