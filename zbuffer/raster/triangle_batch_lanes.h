@@ -271,8 +271,12 @@ TESSERA_LANE_TARGET void LaneTriangles(RasterContext& rc, ScreenVertex* const* c
         if (n > 0) setUp();
         if (waiting) DrawGroup<M>(target, pc, *std::exchange(waiting, nullptr));
     };
+    // The reach test waited on the corners' memory more than it computed.
+    constexpr int kCornersAhead = 8;
     for (int i = 0; i < count; ++i) {
         const ScreenVertex* const* v = corners + 3 * static_cast<std::ptrdiff_t>(i);
+        if (i + kCornersAhead < count)
+            for (int k = 0; k < 3; ++k) __builtin_prefetch(v[3 * kCornersAhead + k]);
         ScanlineRange rows;
         if (TriangleReach(rc, *v[0], *v[1], *v[2], rows) != PolygonReach::Frame) continue;
         if (std::min(rows.bottom, target.clipMaxY) - std::max(rows.top, 0) >= kGroupRows) {
