@@ -165,17 +165,23 @@ LANES_FN void WriteBlock(const PolygonConstants& pc, const SpanRun& s, std::int3
 // callers with many spans divide for in lanes. Column k carries
 // floor((remainder + k * step remainder) / width), at most kLanes either way: the float
 // quotient is within one of it, and one correction each way makes it exact.
-LANES_FN void FirstDepths(const SpanRun& s, float inverseWidth, Vu& z, Vi& remainders) {
+LANES_FN void FirstDepths(std::int32_t z0, std::int32_t zRemainder, std::int32_t zStep,
+                          std::int32_t zStepRemainder, std::int32_t width, float inverseWidth,
+                          Vu& z, Vi& remainders) {
     const Vi k = (Vi)LaneNumbers();
-    const Vi t = s.zRemainder + k * s.zStepRemainder;
+    const Vi t = zRemainder + k * zStepRemainder;
     Vi carry = __builtin_convertvector(__builtin_convertvector(t, Vf) * inverseWidth, Vi);
-    Vi r = t - carry * s.width;
-    const Vi under = r < 0, over = r >= s.width;
+    Vi r = t - carry * width;
+    const Vi under = r < 0, over = r >= width;
     carry += under - over;
-    r += (s.width & under) - (s.width & over);
+    r += (width & under) - (width & over);
     // Steps wrap modulo 2^32, as the scalar loop's additions do.
-    z = static_cast<std::uint32_t>(s.z) + (Vu)k * static_cast<std::uint32_t>(s.zStep) + (Vu)carry;
+    z = static_cast<std::uint32_t>(z0) + (Vu)k * static_cast<std::uint32_t>(zStep) + (Vu)carry;
     remainders = r;
+}
+
+LANES_FN void FirstDepths(const SpanRun& s, float inverseWidth, Vu& z, Vi& remainders) {
+    FirstDepths(s.z, s.zRemainder, s.zStep, s.zStepRemainder, s.width, inverseWidth, z, remainders);
 }
 
 template <FillMode M>
