@@ -218,13 +218,24 @@ LANES_FN void SetUpGroup(const RasterContext& rc, const SpanTarget& target,
     }
 }
 
+// Lane k's colours of `row` into `s`, and zero texture positions: the pixel loop adds them all.
+template <FillMode M> LANES_FN void TakeColours(const GroupRow& row, int k, SpanRun& s) {
+    constexpr ModeTraits T = TraitsOf(M);
+    for (int j = 0; j < 3; ++j) s.c[j] = s.cStep[j] = 0;
+    s.u = s.v = s.uStep = s.vStep = 0;
+    if constexpr (T.gouraud)
+        for (int j = 0; j < 3; ++j) {
+            s.c[j] = row.c[j][k];
+            s.cStep[j] = static_cast<std::int32_t>(row.cStep[j][k]);
+        }
+}
+
 // A span that fits one block, drawn straight from its group's row: LanePixels' last block without
 // the hand-over. The block is written back whether or not a pixel passes, which a branch could
 // not foretell for small triangles in random depths.
 template <FillMode M>
 LANES_FN void DrawBlock(const PolygonConstants& pc, const GroupRow& row, int k, Vi always,
                         std::uint8_t* px, std::int32_t* dp) {
-    constexpr ModeTraits T = TraitsOf(M);
     Vu z;
     Vi remainders;
     FirstDepths(static_cast<std::int32_t>(row.z[k]), 0, row.zStep[k], row.zStepRemainder[k],
@@ -235,13 +246,7 @@ LANES_FN void DrawBlock(const PolygonConstants& pc, const GroupRow& row, int k, 
     std::memcpy(&depth, dp, sizeof depth);
     const Vi write = (((Vi)z <= depth) | always) & ((Vi)LaneNumbers() < row.count[k]);
     SpanRun s; // the colours are all WriteBlock reads of it here
-    for (int j = 0; j < 3; ++j) s.c[j] = s.cStep[j] = 0;
-    s.u = s.v = s.uStep = s.vStep = 0;
-    if constexpr (T.gouraud)
-        for (int j = 0; j < 3; ++j) {
-            s.c[j] = row.c[j][k];
-            s.cStep[j] = static_cast<std::int32_t>(row.cStep[j][k]);
-        }
+    TakeColours<M>(row, k, s);
     WriteBlock<M>(pc, s, 0, z, dst, depth, write);
     std::memcpy(px, &dst, sizeof dst);
     std::memcpy(dp, &depth, sizeof depth);
@@ -253,7 +258,6 @@ LANES_FN void DrawBlock(const PolygonConstants& pc, const GroupRow& row, int k, 
 template <FillMode M>
 LANES_FN void DrawGroup(const SpanTarget& target, const PolygonConstants& pc,
                         const GroupSpans& group) {
-    constexpr ModeTraits T = TraitsOf(M);
     const Vi always = Vi{} - (pc.depthAlwaysPasses ? 1 : 0);
     for (int k = 0; k < group.n; ++k) {
         std::uint8_t* colourRow = target.ColourRow(group.firstRow[k]);
@@ -277,13 +281,7 @@ LANES_FN void DrawGroup(const SpanTarget& target, const PolygonConstants& pc,
             s.zRemainder = 0;
             s.zStep = row.zStep[k];
             s.zStepRemainder = row.zStepRemainder[k];
-            for (int j = 0; j < 3; ++j) s.c[j] = s.cStep[j] = 0;
-            s.u = s.v = s.uStep = s.vStep = 0;
-            if constexpr (T.gouraud)
-                for (int j = 0; j < 3; ++j) {
-                    s.c[j] = row.c[j][k];
-                    s.cStep[j] = static_cast<std::int32_t>(row.cStep[j][k]);
-                }
+            TakeColours<M>(row, k, s);
             if (row.firstColumn[k] > row.left[k])
                 SkipColumns<M>(s, row.firstColumn[k] - row.left[k]);
             target.Place(s, colourRow, depthRow, row.firstColumn[k]);
