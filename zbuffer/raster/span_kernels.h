@@ -128,7 +128,8 @@ struct SpanTarget {
 using SpanKernel = void (*)(const PolygonConstants& pc, const SpanRun& run);
 // Draws the polygon of rc.vertexList, which reaches the frame; returns what FillPolygon does.
 using PolygonWalk = int (*)(RasterContext& rc);
-// Draws `count` triangles, corners[3 i .. 3 i + 2] the i-th, in turn; what FillTriangles does.
+// Draws `count` triangles, corners[3 i .. 3 i + 2] the i-th, in turn; what FillGouraudTriangles
+// does.
 using TriangleBatch = void (*)(RasterContext& rc, ScreenVertex* const* corners, int count);
 
 struct SpanKernelSet {

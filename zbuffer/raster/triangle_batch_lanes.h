@@ -100,8 +100,8 @@ struct GroupRow {
 
 // Asks for the memory of column x of scanline y in the first n lanes. Nothing is read, so lanes
 // past a triangle's scanlines need no branch around them, and offsets that wrap do no harm.
-// Inlined early: as a function of its own the compiler finds it has no effect and drops every
-// call to it, which it did unnoticed until the object code was read.
+// Inlined early: as a function of its own it has no effect the compiler must keep, and every call
+// to it was dropped.
 [[gnu::always_inline]] LANES_FN void Prefetch(const SpanTarget& target, Vi y, Vi x, int n) {
     const Vi column = x - target.clipMinX;
     const Vi colour =
@@ -234,22 +234,23 @@ template <FillMode M> LANES_FN void TakeColours(const GroupRow& row, int k, Span
 // the hand-over. The block is written back whether or not a pixel passes, which a branch could
 // not foretell for small triangles in random depths.
 template <FillMode M>
-LANES_FN void DrawBlock(const PolygonConstants& pc, const GroupRow& row, int k, Vi always,
-                        std::uint8_t* px, std::int32_t* dp) {
+LANES_FN void DrawBlock(const SpanTarget& target, const PolygonConstants& pc, const GroupRow& row,
+                        int k, Vi always, std::uint8_t* colourRow, std::int32_t* depthRow) {
+    SpanRun s; // its colours and place are all this reads of it
+    TakeColours<M>(row, k, s);
+    target.Place(s, colourRow, depthRow, row.firstColumn[k]);
     Vu z;
     Vi remainders;
     FirstDepths(static_cast<std::int32_t>(row.z[k]), 0, row.zStep[k], row.zStepRemainder[k],
                 row.width[k], row.inverseWidth[k], z, remainders);
     Vu dst;
     Vi depth;
-    std::memcpy(&dst, px, sizeof dst);
-    std::memcpy(&depth, dp, sizeof depth);
+    std::memcpy(&dst, s.colour, sizeof dst);
+    std::memcpy(&depth, s.depth, sizeof depth);
     const Vi write = (((Vi)z <= depth) | always) & ((Vi)LaneNumbers() < row.count[k]);
-    SpanRun s; // the colours are all WriteBlock reads of it here
-    TakeColours<M>(row, k, s);
     WriteBlock<M>(pc, s, 0, z, dst, depth, write);
-    std::memcpy(px, &dst, sizeof dst);
-    std::memcpy(dp, &depth, sizeof depth);
+    std::memcpy(s.colour, &dst, sizeof dst);
+    std::memcpy(s.depth, &depth, sizeof depth);
 }
 
 // Draws what SetUpGroup worked out, triangle after triangle. The spans are worked out and handed
@@ -266,10 +267,7 @@ LANES_FN void DrawGroup(const SpanTarget& target, const PolygonConstants& pc,
              ++r, colourRow -= target.colourPitch, depthRow += target.depthPitch) {
             const GroupRow& row = group.rows[r];
             if (row.block[k]) {
-                const std::int32_t column = row.firstColumn[k] - target.clipMinX;
-                DrawBlock<M>(pc, row, k, always,
-                             colourRow + 4 * static_cast<std::ptrdiff_t>(column),
-                             depthRow + column);
+                DrawBlock<M>(target, pc, row, k, always, colourRow, depthRow);
                 continue;
             }
             if (row.count[k] == 0) continue;
